@@ -1,0 +1,42 @@
+#pragma once
+
+#include "classShared/sourceDico.h"
+
+#include <QStringList>
+
+#include <optional>
+
+namespace vignar
+{
+
+/// ffInfos(): the properties of a source from ffmpeg's report on it. A report that
+/// holds "Input #" is parsed as it stands; else ffmpeg is run on the source (blocking).
+/// Nothing without a usable report and source.
+std::optional<Dico> ffInfos(const QString &srcPath, const QString &report);
+
+/// The parsing half of ffInfos(): pure, nothing when the text holds no "Input #".
+std::optional<Dico> parseFfReport(const QString &report);
+
+/// Start times of the chapters in seconds, those closer than 20 s to the one kept
+/// before dropped; nothing when there are none.
+std::optional<QList<double>> ffChapters(const QString &report);
+
+/// The flat keys of ffInfos() regrouped: "v", "a", "s" to stream number to properties;
+/// nothing when there is no stream.
+std::optional<Dico> ffStreamId(const Dico &infos);
+
+/// False for an empty text and for one that holds one of ffmpeg's failure phrases.
+bool isFfmpegSuccess(const QString &report);
+
+/// The report with every mention of the source's own path taken out, so that a name
+/// such as "error 1.mp4" cannot pass for a failure.
+QString withoutSourcePath(const QString &report, const QString &srcPath);
+
+/// A copy of the argument list in which the value of "setdar=" in the filter after
+/// "-vf" is replaced.
+QStringList ffReplaceSetdar(const QStringList &arguments, const QString &newValue);
+
+/// The first, in text order, of the key frame times in a showinfo trace; 0 when none.
+float showinfoIntra(const QString &report);
+
+} // namespace vignar

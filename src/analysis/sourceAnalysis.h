@@ -1,0 +1,37 @@
+#pragma once
+
+#include "analysis/movieFramework.h"
+#include "classShared/result.h"
+
+#include <functional>
+
+namespace vignar
+{
+
+/// What the analysis of one source is given.
+struct AnalysisInput {
+    QString srcPath;
+    /// ffmpeg's report on the source.
+    QString report;
+    /// Localised field order measured on decoded frames; empty: not known.
+    QString fields;
+    /// Folder for the movie framework's test picture; empty: only its decodability check.
+    QString testPictureFolder;
+};
+
+/// The readers and probes that the analysis consults beside ffmpeg's report. An empty
+/// function counts as a reader that failed, or a probe without an answer.
+struct AnalysisReaders {
+    MovieFramework *movieFramework = nullptr;
+    std::function<std::optional<Dico>(const QString &path)> mpegInfoDico;
+    std::function<bool(const QString &path, const QString &report)> isFfmpegVsync;
+    std::function<std::optional<Dico>(const QString &report)> ptsDtsOffsetMs;
+    std::function<QString(const QString &path)> idet;
+    std::function<int(const QString &path)> durationM2v;
+};
+
+/// Reconciles the three readers into the record of one source, or says why it cannot
+/// be read.
+Result<SourceDico> analyseSource(const AnalysisInput &input, const AnalysisReaders &readers);
+
+} // namespace vignar

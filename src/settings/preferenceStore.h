@@ -1,0 +1,45 @@
+#pragma once
+
+#include "classShared/keys.h"
+
+#include <QStringList>
+
+#include <memory>
+
+namespace vignar
+{
+
+/// Keys to numbers, texts, lists and dictionaries. Main thread only.
+class PreferenceStore
+{
+public:
+    virtual ~PreferenceStore() = default;
+
+    /// Invalid when absent.
+    virtual QVariant value(const QString &key) const = 0;
+    virtual QStringList keys() const = 0;
+    virtual void setValue(const QString &key, const QVariant &value) = 0;
+    virtual void removeValue(const QString &key) = 0;
+};
+
+/// Keeps everything in memory and nothing else.
+class MemoryPreferenceStore : public PreferenceStore
+{
+public:
+    explicit MemoryPreferenceStore(Dico values = {});
+
+    QVariant value(const QString &key) const override;
+    QStringList keys() const override;
+    void setValue(const QString &key, const QVariant &value) override;
+    void removeValue(const QString &key) override;
+
+private:
+    Dico m_values;
+};
+
+/// The store that the free functions of preferences.h use; a MemoryPreferenceStore
+/// until a program sets another.
+PreferenceStore &sharedPreferenceStore();
+void setSharedPreferenceStore(std::unique_ptr<PreferenceStore> store);
+
+} // namespace vignar

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "classShared/sourceDico.h"
+
+#include <QSize>
+#include <QStringList>
+
+namespace vignar
+{
+
+struct ThumbnailPlan;
+
+/// True when the source is grabbed by the movie framework's program and not by ffmpeg.
+bool usesMovieGrabber(const SourceDico &source);
+
+/// "<folder>/img07.jpg".
+QString thumbnailPath(const QString &folder, int index);
+
+/// The number in a picture's file name, -1 for another name.
+int thumbnailIndex(const QString &path);
+
+/// The filter text of a source's pictures: intra selection, de-interlacing, scaling.
+QString thumbnailFilter(const SourceDico &source, const QSize &size);
+
+/// The argument list that takes one picture at an instant (seconds).
+QStringList ffmpegPass(const SourceDico &source, double instant, const QString &filter,
+                       const QString &outputPath);
+
+/// The same pass free to take any picture, for where the intra selection found none;
+/// the list itself when it selects nothing.
+QStringList withoutIntraSelection(const QStringList &pass);
+
+/// The argument list that grabs all pictures in one run.
+QStringList grabberPass(const SourceDico &source, const ThumbnailPlan &plan, const QString &folder);
+
+} // namespace vignar

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "classShared/result.h"
+#include "classShared/sourceDico.h"
+
+namespace vignar
+{
+
+enum class SheetFormat { jpeg, pdf };
+
+/// The file that a sheet is written to: dstPath with the format's extension.
+QString sheetPath(const QString &dstPath, SheetFormat format);
+
+/// Draws the sheet of a display dictionary and writes it beside its final name, then
+/// renames it over that. The reason of a failure names the path.
+Result<void> composeSheet(const Dico &display, SheetFormat format);
+
+} // namespace vignar

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "classShared/sourceDico.h"
+
+#include <QSize>
+
+#include <vector>
+
+namespace vignar
+{
+
+/// Columns and largest number of rows of a layout; any index but 0, 1 and 2 is Mix.
+struct LayoutGrid {
+    int columns;
+    int maxRows;
+};
+LayoutGrid layoutGrid(int layout);
+
+/// How many pictures a sheet holds and where they are taken.
+struct ThumbnailPlan {
+    /// 0: nothing to extract.
+    int count = 0;
+    /// The count follows the fixed interval and need not fill whole rows.
+    bool isCountFixed = false;
+    /// Seconds between two instants.
+    double interval = 0;
+    /// Seconds from the start of the source, ascending.
+    std::vector<double> instants;
+    /// One text an instant, "0:01:20.50"; null where none can be written.
+    QStringList timecodes;
+    /// Size of each extracted picture in pixels, its pixels square.
+    QSize size;
+};
+
+/// Plans from the record and the planning keys (thNumberInt, thNumberAuto, thDerush,
+/// thDerushInterval) in it.
+ThumbnailPlan planThumbnails(int layout, const SourceDico &source);
+
+/// The whole plan of a sheet as the step driver stores it.
+struct SheetPlan {
+    ThumbnailPlan thumbnails;
+    /// Index text to argument list; at most one of the two is not empty.
+    Dico ffmpegPasses;
+    Dico grabberPasses;
+    /// Texts, picture size and timecode map for the composer ("appvgDisplay").
+    Dico display;
+};
+
+/// Plans a sheet whose pictures go to extractionFolder. Touches no file. A source that
+/// does not exist gives a plan without pictures and display.
+SheetPlan planSheet(int layout, const SourceDico &source, const QString &extractionFolder);
+
+} // namespace vignar

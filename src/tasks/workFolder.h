@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QString>
+
+namespace vignar
+{
+
+/// The scratch folder of this run, absolute; the default when none is set.
+QString workFolder();
+
+/// Holds the path; null restores the default.
+void setWorkFolder(const QString &path);
+
+/// Makes an empty work folder for this run under the system's temporary folder, readable
+/// by the user alone, and logs it. instance tells programs that may run at once apart
+/// ("desktop", or "cli"): a desktop work folder left by an earlier run is emptied, each
+/// command line gets one of its own, and those whose process has died are removed.
+/// False when no folder can be made.
+bool setUpWorkFolder(const QString &instance);
+
+/// Removes the work folder that setUpWorkFolder() made.
+void removeWorkFolder();
+
+/// toolPathSafe() of files.h with the work folder where the given one does not exist.
+QString toolPathSafeInWorkFolder(const QString &toolPath, const QString &folder = {});
+
+} // namespace vignar
