@@ -1,0 +1,3 @@
+#include "classShared/allowed.h"
+#include "analysis/forbidden.h"
+#include "unplaced.h"
