@@ -6,8 +6,9 @@
 namespace vignar
 {
 
-/// The file's creation date (birth time; where the file system keeps none, the last
-/// modification). Invalid for a null path or unreadable attributes.
+/// The file's creation date: its birth time, or the last modification where that is
+/// earlier (as of a copy) or the file system keeps no birth times. Invalid for a null
+/// path or unreadable attributes.
 QDateTime dateCreation(const QString &path);
 
 /// "YYYY-MM-DD HH:MM:SS" (isLong) or "YYYY-MM-DD" of the path's creation date, or of
