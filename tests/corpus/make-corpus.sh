@@ -1,0 +1,134 @@
+#!/usr/bin/env bash
+# make-corpus.sh [--quick] FOLDER
+# Encodes the clips that the sheets are tried on, each only once:
+#   FOLDER/good   clips of which a sheet must be made
+#   FOLDER/bad    things of which none can be made
+# --quick leaves out what is slow to encode. A clip whose encoder this ffmpeg lacks is
+# left out with a line saying so.
+set -euo pipefail
+
+quick=no
+if [ "${1-}" = --quick ]; then quick=yes; shift; fi
+[ $# -eq 1 ] || { echo "usage: $0 [--quick] FOLDER" >&2; exit 2; }
+mkdir -p "$1/good" "$1/bad/empty folder" "$1/parts"
+cd "$1"
+encoders=$(ffmpeg -nostdin -hide_banner -encoders 2>/dev/null | awk '{ print $2 }')
+
+ff() { ffmpeg -nostdin -loglevel error -y "$@"; }
+
+# Each clip is written under another name and renamed, so that one left half-made by an
+# interruption is made again. The name may hold anything but a slash.
+finish() {
+    mv -- "parts/new$2" "$1/$3$2"
+}
+
+# clip NAME EXTENSION ENCODER SIZE SECONDS [OUTPUT OPTION…]
+clip() {
+    local name=$1 extension=$2 encoder=$3 size=$4 seconds=$5
+    shift 5
+    [ ! -e "good/$name$extension" ] || return 0
+    if ! grep -qx -- "$encoder" <<<"$encoders"; then
+        echo "left out, no encoder $encoder: $name$extension" >&2
+        return 0
+    fi
+    ff -f lavfi -i "testsrc2=s=$size:r=25" -f lavfi -i sine=frequency=330 -t "$seconds" \
+        -c:v "$encoder" -pix_fmt yuv420p "$@" "parts/new$extension"
+    finish good "$extension" "$name"
+}
+
+# remake NAME EXTENSION SOURCE [OPTION…]: the same pictures in another dress.
+remake() {
+    local name=$1 extension=$2 source=$3
+    shift 3
+    [ ! -e "good/$name$extension" ] && [ -e "good/$source" ] || return 0
+    ff -i "file:good/$source" -c copy "$@" "parts/new$extension"
+    finish good "$extension" "$name"
+}
+
+
+first_half() { head -c $(($(stat -c %s "$1") / 2)) "$1" >"$2"; }
+
+# What cameras, phones, discs and the net hand out.
+clip 'h264' .mp4 libx264 640x360 12 -preset ultrafast -c:a aac
+clip 'h264 in mkv' .mkv libx264 640x360 8 -preset ultrafast -c:a libvorbis \
+    -metadata title='Été à Étretat' -metadata:s:a language=fre
+clip 'mpeg4' .avi mpeg4 640x480 8 -q:v 5 -c:a libmp3lame
+clip 'mpeg2' .ts mpeg2video 720x576 8 -q:v 5 -aspect 16:9 -c:a mp2
+clip 'mpeg2 interlaced' .vob mpeg2video 720x576 8 -q:v 5 -flags +ildct+ilme -top 1 \
+    -aspect 4:3 -c:a mp2 -f vob
+clip 'motion jpeg' .avi mjpeg 640x480 5 -pix_fmt yuvj420p -q:v 5 -c:a pcm_s16le
+clip 'wmv' .wmv wmv2 640x360 8 -q:v 5 -c:a wmav2
+clip 'flash' .flv flv 640x360 8 -q:v 5 -ar 44100 -c:a libmp3lame
+clip 'theora' .ogv libtheora 640x360 5 -q:v 7 -c:a libvorbis
+clip 'portrait' .mp4 libx264 360x640 8 -preset ultrafast -an
+clip 'anamorphic' .mp4 libx264 720x576 8 -preset ultrafast -aspect 16:9 -an
+clip 'odd and silent' .mp4 libx264 322x242 8 -preset ultrafast -an
+clip 'half a second' .mp4 libx264 640x360 0.5 -preset ultrafast
+clip 'one frame' .mp4 libx264 640x360 1 -preset ultrafast -an -frames:v 1
+clip 'starts late' .ts libx264 640x360 8 -preset ultrafast -an -muxdelay 0 -output_ts_offset 5000
+remake 'turned right' .mp4 h264.mp4 -metadata:s:v rotate=90
+remake 'turned left' .mov h264.mp4 -metadata:s:v rotate=270
+remake 'upside down' .mp4 h264.mp4 -metadata:s:v rotate=180
+
+if [ $quick = no ]; then
+    clip 'h264 1080p' .mov libx264 1920x1080 12 -preset ultrafast -c:a aac
+    clip 'h264 2160p' .mp4 libx264 3840x2160 3 -preset ultrafast -an
+    clip 'h264 1080i' .mts libx264 1920x1080 5 -preset ultrafast -flags +ildct+ilme -x264opts tff=1 \
+        -c:a ac3 -f mpegts
+    clip 'hevc' .mp4 libx265 1280x720 6 -preset ultrafast -x265-params log-level=error -tag:v hvc1
+    clip 'hevc 10 bits' .mkv libx265 1920x1080 3 -preset ultrafast -x265-params log-level=error \
+        -pix_fmt yuv420p10le -an
+    clip 'av1' .mp4 libsvtav1 640x360 4 -preset 12 -an
+    clip 'av1 in webm' .webm libaom-av1 320x180 2 -cpu-used 8 -usage realtime -c:a libopus
+    clip 'vp9' .webm libvpx-vp9 1280x720 4 -deadline realtime -cpu-used 8 -c:a libopus
+    clip 'vp9 in mkv' .mkv libvpx-vp9 640x360 4 -deadline realtime -cpu-used 8 -an
+    clip 'vp8' .webm libvpx 640x360 4 -deadline realtime -cpu-used 8 -c:a libvorbis
+    clip 'prores' .mov prores_ks 1920x1080 2 -pix_fmt yuv422p10le -c:a pcm_s16le
+    clip 'dv' .avi dvvideo 720x576 4 -ar 48000 -ac 2 -c:a pcm_s16le
+    clip 'dv wide' .dv dvvideo 720x576 4 -aspect 16:9 -ar 48000 -ac 2 -c:a pcm_s16le
+    clip 'mpeg1' .mpg mpeg1video 352x288 8 -q:v 5 -c:a mp2
+    clip 'phone of old' .3gp h263 352x288 8 -q:v 5 -an
+    clip 'a minute' .mp4 libx264 160x90 60 -preset ultrafast -an -r 5 -crf 40
+fi
+
+# Names that a careless program would take for something else.
+for name in 'Un été à Noël, 東京 и Київ' "L'été de \"Jo\"" $'two\nlines' '$(touch pwned)' \
+    '`touch pwned`; touch pwned' '100%s %d %08x img%02d' '-leading dash' ' blanks  inside ' \
+    'Trial and error 1' 'Invalid data found when processing input' 'back\slash and *?[x]' \
+    '~' 'time=00:00:00.00' 'two.dots.in it'; do
+    ln -f good/h264.mp4 "good/$name.mp4"
+done
+ln -f good/h264.mp4 'good/LOUD.MP4'
+# Two sources of one folder that would write one sheet.
+ln -f good/h264.mp4 good/twin.mp4
+remake 'twin' .mkv h264.mp4
+
+if [ ! -e 'good/forty chapters.mkv' ]; then
+    {
+        echo ';FFMETADATA1'
+        for number in {0..39}; do
+            printf '[CHAPTER]\nTIMEBASE=1/10\nSTART=%d\nEND=%d\ntitle=Chapter error %d\n' \
+                $((number * 3)) $((number * 3 + 3)) "$number"
+        done
+    } >parts/chapters.txt
+    ff -i good/h264.mp4 -f ffmetadata -i parts/chapters.txt -map_metadata 1 -c copy parts/new.mkv
+    finish good .mkv 'forty chapters'
+fi
+if [ $quick = no ] && [ ! -e 'good/five hours.mp4' ]; then
+    ff -stream_loop 299 -i 'good/a minute.mp4' -c copy parts/new.mp4
+    finish good .mp4 'five hours'
+fi
+# What can be read of an interrupted recording is worth a sheet.
+[ -e 'good/cut short.mkv' ] || first_half 'good/h264 in mkv.mkv' 'good/cut short.mkv'
+
+echo 'This is no video.' >'bad/text.mp4'
+: >'bad/empty.mp4'
+first_half good/h264.mp4 'bad/no index.mp4'
+head -c 300000 /dev/zero >'bad/zeros.mkv'
+ln -sfn 'nowhere.mp4' 'bad/dangling.mp4'
+cp good/h264.mp4 $'bad/not UTF-8 \xff.mp4'
+[ -p 'bad/pipe.mp4' ] || mkfifo 'bad/pipe.mp4'
+ff -f lavfi -i sine=frequency=330 -t 5 -c:a aac 'bad/sound only.mp4'
+ff -f lavfi -i sine=frequency=330 -f lavfi -i color=red:s=64x64 -t 5 -map 0 -map 1 -c:a aac \
+    -c:v:0 png -frames:v 1 -disposition:v:0 attached_pic 'bad/sound and cover.mp4'
+rm -rf parts
