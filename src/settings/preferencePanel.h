@@ -8,6 +8,10 @@ namespace vignar
 {
 
 /// The controls of the preferences panel, each named by the key that it shows.
+///
+/// Values: segment indexes int; check boxes 1 on, 0 off, -1 mixed; limits the text of
+/// the selected item; colours six hexadecimal digits; the width and the border size
+/// numbers; everything else as typed. The destination shows in the main window too.
 class PreferencePanel
 {
 public:

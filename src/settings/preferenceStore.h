@@ -20,6 +20,8 @@ public:
     virtual QStringList keys() const = 0;
     virtual void setValue(const QString &key, const QVariant &value) = 0;
     virtual void removeValue(const QString &key) = 0;
+    /// True while changes wait that could not be written to where they are kept.
+    virtual bool hasUnappliedChanges() const { return false; }
 };
 
 /// Keeps everything in memory and nothing else.
@@ -38,7 +40,7 @@ private:
 };
 
 /// The store that the free functions of preferences.h use; a MemoryPreferenceStore
-/// until a program sets another.
+/// until a program sets another; null restores one.
 PreferenceStore &sharedPreferenceStore();
 void setSharedPreferenceStore(std::unique_ptr<PreferenceStore> store);
 

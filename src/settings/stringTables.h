@@ -27,6 +27,10 @@ QHash<QString, QString> parseStrings(const QString &content);
 /// cannot be read.
 QString readStringsFile(const QString &path);
 
+/// The text of a key in the language in use, else in English, else "". These lookups
+/// are thread-safe.
+QString tableText(const QString &key, const QString &table);
+
 /// The text of a key, or the key itself when the table has none.
 QString localised(const QString &key, const QString &table = localizedTable);
 
