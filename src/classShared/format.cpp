@@ -1,11 +1,11 @@
 #include "classShared/format.h"
 
+#include "classShared/truncation.h"
+
 #include <QDebug>
 #include <QJsonDocument>
 #include <QRegularExpression>
 
-#include <clocale>
-#include <cmath>
 #include <cstdio>
 #include <limits>
 #include <optional>
@@ -64,19 +64,6 @@ bool isWholeNumber(const QVariant &value)
     }
 }
 
-/// Toward zero; what lies outside the range gives its nearest end, no number gives 0.
-qint64 truncated(double value)
-{
-    constexpr double limit = 9223372036854775808.0;
-    if (std::isnan(value))
-        return 0;
-    if (value >= limit)
-        return std::numeric_limits<qint64>::max();
-    if (value < -limit)
-        return std::numeric_limits<qint64>::min();
-    return static_cast<qint64>(value);
-}
-
 std::optional<qint64> toWholeNumber(const QVariant &value)
 {
     bool isNumber = false;
@@ -88,7 +75,7 @@ std::optional<qint64> toWholeNumber(const QVariant &value)
             return whole;
     }
     const double number = value.toDouble(&isNumber);
-    return isNumber ? std::optional(truncated(number)) : std::nullopt;
+    return isNumber ? std::optional(truncatedTo<qint64>(number)) : std::nullopt;
 }
 
 std::optional<double> toFloating(const QVariant &value)
