@@ -1,0 +1,103 @@
+#include "app/appDelegate.h"
+
+#include "classShared/lineLog.h"
+#include "settings/alerts.h"
+#include "settings/preferences.h"
+#include "settings/stringTables.h"
+
+namespace vignar
+{
+
+using namespace Qt::StringLiterals;
+
+appDelegate::appDelegate(Outlets &outlets, std::unique_ptr<MovieFramework> movieFramework)
+    : m_outlets(outlets),
+      m_movieFramework(std::move(movieFramework)),
+      m_batch(outlets),
+      m_reporter(outlets),
+      m_intake(outlets, m_batch),
+      m_analysisDriver(outlets, m_batch, m_reporter,
+                       AnalysisReaders{.movieFramework = m_movieFramework.get()}),
+      m_sheetDriver(outlets, m_batch, m_reporter)
+{
+    clearWorkingKeys();
+    connect(&m_intake, &Intake::busyStarted, &m_sheetDriver,
+            [this] { m_sheetDriver.taskToSuspendTemporary(true); });
+    connect(&m_intake, &Intake::busyEnded, &m_sheetDriver,
+            [this] { m_sheetDriver.taskToSuspendTemporary(false); });
+    connect(&m_intake, &Intake::sourcesReady, &m_analysisDriver, &AnalysisDriver::start);
+    connect(&m_analysisDriver, &AnalysisDriver::ended, this, [this] {
+        m_intake.leaveBusyLook();
+        m_outlets.analysisEnded();
+    });
+}
+
+appDelegate::~appDelegate() = default;
+
+void appDelegate::clearWorkingKeys()
+{
+    for (const auto &step : AnalysisDriver::steps())
+        prefDelete(QString(step.mark));
+    for (const QString &key :
+         {QString(RunKeys::analysisSrcPathesDico), QString(RunKeys::analysisSrcPathStr),
+          QString(RunKeys::analysisSrcCurrentDico), QString(RunKeys::imgPathStr),
+          QString(RunKeys::alertIfIsNotSrcValid), QString(RunKeys::encCurrentProcessingFile),
+          QString(RunKeys::processEncDico), QString(RunKeys::encBatch), QString(RunKeys::encFin),
+          QString(RunKeys::replaceFilesCheck)})
+        prefDelete(key);
+}
+
+void appDelegate::draggedFiles(const QStringList &paths)
+{
+    m_intake.draggedFiles(paths);
+}
+
+void appDelegate::applicationOpenFiles(const QStringList &paths)
+{
+    QMetaObject::invokeMethod(
+        this, [this, paths] { performOpenFiles(paths); }, Qt::QueuedConnection);
+}
+
+void appDelegate::performOpenFiles(const QStringList &paths)
+{
+    logLine(u"drag'n'drop onto icon…");
+    draggedFiles(paths);
+}
+
+bool appDelegate::iba_batchGoBt()
+{
+    return m_sheetDriver.iba_batchGoBt();
+}
+
+void appDelegate::iba_taskStopBt(RunnerKind kind)
+{
+    if (kind == RunnerKind::analysis)
+        m_analysisDriver.requestStop();
+    else
+        m_sheetDriver.requestStop();
+}
+
+void appDelegate::iba_taskPauseBt(bool isToPause)
+{
+    if (isToPause)
+        m_sheetDriver.pause();
+    else
+        m_sheetDriver.resume();
+}
+
+bool appDelegate::isCloseQuit() const
+{
+    if (!m_sheetDriver.isActive() && !m_analysisDriver.isActive())
+        return true;
+    return alertTimed(u"Process in progress !"_s, localised(u"D_quit_1"_s),
+                      localised(u"D_quit_2"_s), localised(u"D_Annuler"_s), {}, AlertStyle::warning,
+                      0) == AlertButton::first;
+}
+
+void appDelegate::stopAll()
+{
+    m_analysisDriver.requestStop();
+    m_sheetDriver.requestStop();
+}
+
+} // namespace vignar

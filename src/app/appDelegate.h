@@ -1,0 +1,63 @@
+#pragma once
+
+#include "app/analysisDriver.h"
+#include "app/batchList.h"
+#include "app/intake.h"
+#include "app/progressReporter.h"
+#include "app/sheetDriver.h"
+
+#include <QObject>
+
+#include <memory>
+
+namespace vignar
+{
+
+/// Owns the parts of the batch control and wires them to each other. A program makes
+/// one after its preference store, logs and work folder are set up.
+class appDelegate : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit appDelegate(Outlets &outlets, std::unique_ptr<MovieFramework> movieFramework =
+                                               makeAbsentMovieFramework());
+    ~appDelegate() override;
+
+    BatchList &whichArrayController() { return m_batch; }
+    SheetDriver &sheetDriver() { return m_sheetDriver; }
+    AnalysisDriver &analysisDriver() { return m_analysisDriver; }
+
+    /// Clears what a run that did not end left in the store.
+    static void clearWorkingKeys();
+
+    void draggedFiles(const QStringList &paths);
+    /// As draggedFiles(), after the current turn of the event loop, so that a file opened
+    /// at launch finds the program ready.
+    void applicationOpenFiles(const QStringList &paths);
+
+    /// False when there is no destination.
+    bool iba_batchGoBt();
+    void iba_taskStopBt(RunnerKind kind);
+    void iba_taskPauseBt(bool isToPause);
+
+    /// True when the program may quit; a running batch is asked about.
+    bool isCloseQuit() const;
+
+    /// Stops everything at once; nothing runs any more when batchEnded() or, without a
+    /// batch, ended() of the analysis has come.
+    void stopAll();
+
+private:
+    void performOpenFiles(const QStringList &paths);
+
+    Outlets &m_outlets;
+    std::unique_ptr<MovieFramework> m_movieFramework;
+    BatchList m_batch;
+    ProgressReporter m_reporter;
+    Intake m_intake;
+    AnalysisDriver m_analysisDriver;
+    SheetDriver m_sheetDriver;
+};
+
+} // namespace vignar

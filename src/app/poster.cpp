@@ -1,0 +1,55 @@
+#include "app/poster.h"
+
+#include "classShared/format.h"
+#include "classShared/numbers.h"
+#include "classShared/paths.h"
+#include "sheet/extractionPasses.h"
+#include "tasks/blockingRuns.h"
+
+namespace vignar
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr int posterWidth = 160;
+constexpr double defaultAspect = 1.77;
+
+int posterHeight(const SourceDico &source)
+{
+    const auto aspect = read(source, Keys::v_dar, 0);
+    const double ratio = aspect ? fractionStr2Float(*aspect) : defaultAspect;
+    return std::max(2, static_cast<int>(posterWidth / ratio));
+}
+
+bool take(const SourceDico &source, double position, const QString &filter, const QString &path)
+{
+    taskArray(ffmpegPass(source, position, filter, path));
+    return pathExists(path);
+}
+
+} // namespace
+
+double posterPosition(const SourceDico &source)
+{
+    const double duration = read(source, Keys::w_duration).value_or(0);
+    for (const double position : {120.0, 60.0, 10.0}) {
+        if (duration > position)
+            return position;
+    }
+    return 0;
+}
+
+bool makePoster(const SourceDico &source, const QString &path, PosterPicture picture)
+{
+    const QSize size(posterWidth, posterHeight(source));
+    const double position = posterPosition(source);
+    if (picture == PosterPicture::intra)
+        return take(source, position, thumbnailFilter(source, size), path);
+    const QString filter = filled(u"scale=160:%ld", size.height());
+    return take(source, position, filter, path) || (position > 0 && take(source, 0, filter, path));
+}
+
+} // namespace vignar

@@ -1,0 +1,130 @@
+#pragma once
+
+#include "app/outlets.h"
+#include "app/sheetDestination.h"
+#include "app/stepTable.h"
+#include "classShared/result.h"
+#include "sheet/extractionFolder.h"
+#include "sheet/thumbnailPlan.h"
+
+#include <QElapsedTimer>
+#include <QObject>
+
+#include <optional>
+
+namespace vignar
+{
+
+class BatchList;
+class ProgressReporter;
+struct RunRequest;
+
+/// Walks the rows of the batch list through the making of their sheets, one step a
+/// call. Marks and working record live in the preference store.
+class SheetDriver : public QObject
+{
+    Q_OBJECT
+
+public:
+    SheetDriver(Outlets &outlets, BatchList &batch, ProgressReporter &reporter,
+                QObject *parent = nullptr);
+
+    /// The go button: checks the destination, resets the markers and starts. False when
+    /// there is no destination, or a batch is running.
+    bool iba_batchGoBt();
+
+    /// "encBatch" takes the next row, "encProcesses" the next step of the current one.
+    void encSend(const QString &stepName);
+
+    void requestStop();
+    void pause();
+    void resume();
+    /// Pauses for the time of an intake, and goes on unless the user has paused.
+    void taskToSuspendTemporary(bool isToSuspend);
+
+    bool isActive() const { return m_isActive; }
+    bool isPaused() const { return m_isPausedByUser || m_isPausedByIntake; }
+
+    /// The marks in the order in which the steps of a row are taken.
+    static std::span<const Step<SheetDriver>> steps();
+
+    /// The planning input of a source for a layout: its record and what the preferences
+    /// ask for.
+    static SourceDico planningInput(const SourceDico &source, int layout);
+
+    /// Folder in which sheets are made now, from the destination field.
+    QString destination() const;
+
+    /// Where a source's sheet goes, the names in taken being used already; its own join
+    /// them.
+    SheetTarget plannedTarget(const QString &srcPath, QSet<QString> &taken) const;
+
+Q_SIGNALS:
+    /// The batch is over, by itself or stopped.
+    void ended();
+
+private:
+    // Steps of a row.
+    StepEnd beginRow();
+    StepEnd runGrabberPass();
+    StepEnd runFfmpegPass();
+    StepEnd compose();
+    StepEnd planAgain();
+    StepEnd endQuickTimeEncoding();
+    StepEnd closeRow();
+
+    void enc(const QString &stepName);
+    void again(const QString &stepName);
+    bool prepareDestinationFolder();
+    void takeNextRow();
+    void skipVanishedRow(int index);
+    void startRow(int index);
+    void takeStep();
+    void closeEarly();
+    void endBatch();
+    void readChoices();
+    void settleLastPass();
+
+    Result<void> prepareRow();
+    Result<void> prepareFolder();
+    Result<void> askToReplace(const SheetTarget &target);
+    bool mayReplace(const QString &path);
+    Result<void> checkSpace() const;
+    Result<void> planRow();
+    StepEnd failRow(const QString &reason, SheetOutcome::Status status);
+    Dico displayOfSheet() const;
+    void makeDiskPicture(const QString &pictureFolder);
+    void finishRow();
+    void writeSummary() const;
+    bool isDiskPictureWanted() const;
+    void startRun(const RunRequest &request);
+
+    Outlets &m_outlets;
+    BatchList &m_batch;
+    ProgressReporter &m_reporter;
+
+    bool m_isActive = false;
+    int m_taskStopInt = 0;
+    bool m_isPausedByUser = false;
+    bool m_isPausedByIntake = false;
+    /// A step that became due while paused.
+    QString m_deferredStep;
+    /// Paths that this run has written or is about to, for sources of the same name.
+    QSet<QString> m_taken;
+
+    // The row being made; meaningful while m_outcome holds one.
+    std::optional<SheetOutcome> m_outcome;
+    int m_row = -1;
+    int m_layout = mixLayout;
+    int m_dpi = 0;
+    SheetTarget m_target;
+    bool m_isDiskPictureKept = false;
+    ExtractionFolder m_folder;
+    int m_planned = 0;
+    int m_passesDone = 0;
+    QString m_lastPassKey;
+    QStringList m_lastPass;
+    QElapsedTimer m_clock;
+};
+
+} // namespace vignar

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+namespace vignar
+{
+
+/// The document extensions that the application declares, lower case, with the two
+/// kinds of recording bundles.
+const QStringList &declaredExtensions();
+
+/// True when the extension (the text after the last dot of the last component) is a
+/// declared one other than a bundle's, written all lower, all upper or capitalised.
+bool hasAdmittedExtension(const QString &path);
+
+/// Every file and folder under a folder at any depth, full paths in natural order of
+/// their names; links to folders are listed, not entered.
+QStringList entriesUnder(const QString &folder);
+
+/// The path of the recording bundle that holds the source, or the source itself.
+QString bundleOrSource(const QString &path);
+
+} // namespace vignar
