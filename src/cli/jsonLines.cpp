@@ -1,0 +1,107 @@
+#include "cli/jsonLines.h"
+
+#include "cli/commandLine.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+namespace vignar
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+QString line(const QJsonObject &object)
+{
+    return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact));
+}
+
+QJsonValue orNull(const QString &text)
+{
+    return text.isEmpty() ? QJsonValue() : QJsonValue(text);
+}
+
+QString statusName(SheetOutcome::Status status)
+{
+    switch (status) {
+    case SheetOutcome::Status::made:
+        return u"made"_s;
+    case SheetOutcome::Status::kept:
+        return u"kept"_s;
+    default:
+        return u"failed"_s;
+    }
+}
+
+} // namespace
+
+QString sheetJson(const SheetOutcome &outcome)
+{
+    return line({{u"source"_s, outcome.source},
+                 {u"status"_s, statusName(outcome.status)},
+                 {u"reason"_s, orNull(outcome.reason)},
+                 {u"sheet"_s, orNull(outcome.sheet)},
+                 {u"diskPicture"_s, orNull(outcome.diskPicture)},
+                 {u"layout"_s, layoutName(outcome.layout)},
+                 {u"format"_s, outcome.isPdf ? u"pdf"_s : u"jpg"_s},
+                 {u"thumbnails"_s, outcome.thumbnails},
+                 {u"missing"_s, outcome.missing},
+                 {u"seconds"_s, outcome.seconds}});
+}
+
+QString refusedSheetJson(const QString &source, const QString &reason)
+{
+    return line({{u"source"_s, source},
+                 {u"status"_s, u"refused"_s},
+                 {u"reason"_s, reason},
+                 {u"sheet"_s, QJsonValue()},
+                 {u"diskPicture"_s, QJsonValue()},
+                 {u"layout"_s, QJsonValue()},
+                 {u"format"_s, QJsonValue()},
+                 {u"thumbnails"_s, 0},
+                 {u"missing"_s, 0},
+                 {u"seconds"_s, 0}});
+}
+
+QString analysedJson(const SourceDico &record)
+{
+    return line({{u"source"_s, readStr(record, Keys::srcPathStr)},
+                 {u"status"_s, u"analysed"_s},
+                 {u"reason"_s, QJsonValue()},
+                 {u"record"_s, QJsonObject::fromVariantMap(record)}});
+}
+
+QString refusedAnalysisJson(const QString &source, const QString &reason)
+{
+    return line({{u"source"_s, source},
+                 {u"status"_s, u"refused"_s},
+                 {u"reason"_s, reason},
+                 {u"record"_s, QJsonValue()}});
+}
+
+QString planJson(const QString &source, int layout, const SheetPlan &plan)
+{
+    QJsonArray instants;
+    for (const double instant : plan.thumbnails.instants)
+        instants.append(instant);
+    const Dico &planned = plan.grabberPasses.isEmpty() ? plan.ffmpegPasses : plan.grabberPasses;
+    QJsonArray passes;
+    for (int index = 0; index < planned.size(); ++index)
+        passes.append(
+            QJsonArray::fromStringList(planned.value(QString::number(index)).toStringList()));
+    return line({{u"source"_s, source},
+                 {u"layout"_s, layoutName(layout)},
+                 {u"columns"_s, layoutGrid(layout).columns},
+                 {u"thumbnails"_s, plan.thumbnails.count},
+                 {u"interval"_s, plan.thumbnails.interval},
+                 {u"width"_s, plan.thumbnails.size.width()},
+                 {u"height"_s, plan.thumbnails.size.height()},
+                 {u"instants"_s, instants},
+                 {u"timecodes"_s, QJsonArray::fromStringList(plan.thumbnails.timecodes)},
+                 {u"passes"_s, passes}});
+}
+
+} // namespace vignar

@@ -1,0 +1,71 @@
+#include "cli/terminal.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace vignar
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+int terminalColumns()
+{
+    winsize size{};
+    constexpr int usualColumns = 80;
+    return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col
+                                                                           : usualColumns;
+}
+
+void writeTo(FILE *stream, const QString &text)
+{
+    const QByteArray bytes = text.toUtf8();
+    std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stream);
+    std::fflush(stream);
+}
+
+} // namespace
+
+QString printable(const QString &text)
+{
+    QString clean = text;
+    for (QChar &character : clean) {
+        if (character.category() == QChar::Other_Control ||
+            character.category() == QChar::Other_Format)
+            character = u'?';
+    }
+    return clean;
+}
+
+void printResult(const QString &line)
+{
+    writeTo(stdout, line + u'\n');
+}
+
+ProgressLine::ProgressLine() : m_isTerminal(isatty(STDERR_FILENO)) {}
+
+void ProgressLine::show(const QString &text)
+{
+    if (!m_isTerminal || text == m_shown)
+        return;
+    m_shown = text;
+    writeTo(stderr, u"\r\x1b[K"_s + printable(text).left(terminalColumns() - 1));
+}
+
+void ProgressLine::print(const QString &text)
+{
+    clear();
+    writeTo(stderr, printable(text) + u'\n');
+}
+
+void ProgressLine::clear()
+{
+    if (!m_isTerminal || m_shown.isEmpty())
+        return;
+    m_shown.clear();
+    writeTo(stderr, u"\r\x1b[K"_s);
+}
+
+} // namespace vignar

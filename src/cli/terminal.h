@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QString>
+
+#include <cstdio>
+
+namespace vignar
+{
+
+/// The text with its control characters shown as "?": a file name must not speak to the
+/// terminal.
+QString printable(const QString &text);
+
+/// Writes a line of results to standard output, flushed.
+void printResult(const QString &line);
+
+/// One line of progress on standard error: rewritten in place on a terminal, otherwise
+/// only lines that stay are written.
+class ProgressLine
+{
+public:
+    ProgressLine();
+
+    bool isTerminal() const { return m_isTerminal; }
+
+    /// Shows the text in place of the last one; nothing where there is no terminal.
+    void show(const QString &text);
+    /// Writes a line that stays.
+    void print(const QString &text);
+    /// Takes the shown text away.
+    void clear();
+
+private:
+    bool m_isTerminal;
+    QString m_shown;
+};
+
+} // namespace vignar
