@@ -57,18 +57,13 @@ AlertRequest requestOf(const QString &title, const QString &text, const QStringL
 
 QString labelled(QStringView format, const QString &button)
 {
-    return button.isEmpty() ? QString() : filled(format, button);
-}
-
-QString buttonName(AlertButton button)
-{
-    return button == AlertButton::timeout ? QString() : u"button "_s + QString::number(int(button));
+    return button.isEmpty() ? u""_s : filled(format, button);
 }
 
 void logSuppressible(const AlertRequest &request, AlertButton button)
 {
     logLine(u"FERMETURE USER      : CLIC=%ld", int(button));
-    logLine(u"bt                  ? %@%@%@%@", buttonName(button),
+    logLine(u"bt                  ? %@%@%@%@", u"button "_s + QString::number(int(button)),
             labelled(u" (btDefault=%@)", request.defaultButton),
             labelled(u" (btAlt=%@)", request.alternateButton),
             labelled(u" (btOther=%@)", request.otherButton));
