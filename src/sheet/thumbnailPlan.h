@@ -24,7 +24,8 @@ struct ThumbnailPlan {
     bool isCountFixed = false;
     /// Seconds between two instants.
     double interval = 0;
-    /// Seconds from the start of the source, ascending.
+    /// Seconds from the start of the source, never descending: those of a short source
+    /// may coincide at its end.
     std::vector<double> instants;
     /// One text an instant, "0:01:20.50"; null where none can be written.
     QStringList timecodes;

@@ -1,0 +1,119 @@
+#include "sheet/extractionPasses.h"
+
+#include "classShared/format.h"
+#include "settings/stringTables.h"
+#include "sheet/thumbnailPlan.h"
+#include "tasks/toolPlaces.h"
+
+#include <QFileInfo>
+#include <QRegularExpression>
+
+namespace vignar
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr QStringView intraSelection = u"select=eq(pict_type\\,I),";
+
+/// A name that no tool can take for an option or, as "concat:a", for a protocol.
+QString sourcePath(const SourceDico &source)
+{
+    const QFileInfo file(readStr(source, Keys::srcPathStr));
+    return file.isAbsolute() ? file.filePath() : file.absoluteFilePath();
+}
+
+/// ffmpeg reads "%d" anywhere in a picture's path, folders included, as a place for a
+/// number, and "%%" as one sign only where a "%d" follows. Updating one picture again
+/// and again is its only way of writing that takes the path as it stands.
+QStringList literalPathOptions(const QString &outputPath)
+{
+    return outputPath.contains(u'%') ? QStringList{u"-update"_s, u"1"_s} : QStringList();
+}
+
+} // namespace
+
+bool usesMovieGrabber(const SourceDico &source)
+{
+    return read(source, Keys::dec) == quickTimeDecoder ||
+           read(source, Keys::decSkip) == ffmpegDecoder;
+}
+
+QString thumbnailPath(const QString &folder, int index)
+{
+    return filled(u"%@/img%02ld.jpg", folder, index);
+}
+
+int thumbnailIndex(const QString &path)
+{
+    static const QRegularExpression pattern(u"^img([0-9]+)\\.jpg\\z"_s);
+    bool isNumber = false;
+    const int index = pattern.match(QFileInfo(path).fileName()).captured(1).toInt(&isNumber);
+    return isNumber ? index : -1;
+}
+
+QString thumbnailFilter(const SourceDico &source, const QSize &size)
+{
+    const bool mayBeAnyPicture = read(source, Keys::intraFailure).value_or(0) != 0;
+    const bool isProgressive = read(source, Keys::v_fields, 0) == localised(u"PFF"_s, fieldsTable);
+    return filled(
+        u"%@%@scale=%ld:%ld,setsar=1/1", mayBeAnyPicture ? QStringView(u"") : intraSelection,
+        isProgressive ? QStringView(u"") : QStringView(u"yadif=1,"), size.width(), size.height());
+}
+
+QStringList ffmpegPass(const SourceDico &source, double instant, const QString &filter,
+                       const QString &outputPath)
+{
+    QStringList pass{ffmpegPath(),
+                     u"-ss"_s,
+                     filled(u"%.2f", instant),
+                     u"-loglevel"_s,
+                     u"info"_s,
+                     u"-i"_s,
+                     sourcePath(source),
+                     u"-t"_s,
+                     u"12"_s,
+                     u"-vframes"_s,
+                     u"1"_s,
+                     u"-vf"_s,
+                     filter,
+                     u"-b:v"_s,
+                     u"20M"_s,
+                     u"-bt"_s,
+                     u"1000M"_s,
+                     u"-q:v"_s,
+                     u"1"_s,
+                     u"-an"_s};
+    return pass << literalPathOptions(outputPath) << u"-y"_s << outputPath;
+}
+
+QStringList withoutIntraSelection(const QStringList &pass)
+{
+    QStringList freed = pass;
+    const qsizetype filter = freed.indexOf(u"-vf"_s) + 1;
+    if (filter > 0 && filter < freed.size() && freed[filter].startsWith(intraSelection))
+        freed[filter].remove(0, intraSelection.size());
+    return freed;
+}
+
+QStringList grabberPass(const SourceDico &source, const ThumbnailPlan &plan, const QString &folder)
+{
+    QStringList timecodes = plan.timecodes;
+    timecodes.removeAll(QString());
+    return {toolsFolder() + u"/qtThumbs"_s,
+            u"-i"_s,
+            sourcePath(source),
+            u"-w"_s,
+            QString::number(plan.size.width()),
+            u"-h"_s,
+            QString::number(plan.size.height()),
+            u"-tc"_s,
+            timecodes.join(u'-'),
+            u"-y"_s,
+            u"-o"_s,
+            folder};
+}
+
+} // namespace vignar
