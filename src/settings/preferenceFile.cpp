@@ -121,11 +121,15 @@ bool isReplaceable(const QString &path, const FileContent &content)
 
 Result<void> save(const QString &path, const Dico &values)
 {
+    const QByteArray bytes = QJsonDocument(QJsonObject::fromVariantMap(values)).toJson();
+    // The next start would take a larger file for a broken one.
+    if (bytes.size() > preferenceFileLimit)
+        return Failure{u"too large"_s};
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
         return Failure{file.errorString()};
     file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
-    file.write(QJsonDocument(QJsonObject::fromVariantMap(values)).toJson());
+    file.write(bytes);
     if (!file.commit())
         return Failure{file.errorString()};
     return {};
