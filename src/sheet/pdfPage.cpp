@@ -1,0 +1,53 @@
+#include "sheet/pdfPage.h"
+
+#include <QMarginsF>
+#include <QPageSize>
+#include <QPainter>
+#include <QPdfWriter>
+#include <QSaveFile>
+
+#include <cmath>
+
+using namespace Qt::StringLiterals;
+
+namespace vignar
+{
+
+namespace
+{
+
+constexpr double pointsPerInch = 72;
+
+/// The library rounds pages to whole points. Rounding up keeps all of the drawing, and
+/// whoever draws fills a little beyond the edge.
+QPageSize pageSize(const PdfPage &page)
+{
+    const QSizeF points = QSizeF(page.size) * pointsPerInch / page.dpi;
+    return QPageSize(QSizeF(std::ceil(points.width()), std::ceil(points.height())),
+                     QPageSize::Point, {}, QPageSize::ExactMatch);
+}
+
+} // namespace
+
+bool writePdfPage(const QString &path, const PdfPage &page,
+                  const std::function<void(QPainter &)> &draw)
+{
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        return false;
+    {
+        QPdfWriter writer(&file);
+        writer.setTitle(page.title);
+        writer.setCreator(u"Vignar"_s);
+        writer.setResolution(qRound(page.dpi));
+        writer.setPageSize(pageSize(page));
+        writer.setPageMargins(QMarginsF());
+        QPainter painter;
+        if (!painter.begin(&writer))
+            return false;
+        draw(painter);
+    }
+    return file.commit();
+}
+
+} // namespace vignar

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QSize>
+#include <QString>
+
+#include <functional>
+
+class QPainter;
+
+namespace vignar
+{
+
+/// A page measured in pixels.
+struct PdfPage {
+    QSize size;
+    /// Pixels per inch: the page is size × 72 / dpi points, rounded up to whole ones.
+    double dpi = 72;
+    /// Document title; may be empty.
+    QString title;
+};
+
+/// Writes a document of one page, drawn in its pixels, beside its final name and renamed
+/// over it. False leaves what was there before.
+bool writePdfPage(const QString &path, const PdfPage &page,
+                  const std::function<void(QPainter &)> &draw);
+
+} // namespace vignar
