@@ -40,7 +40,7 @@ QDateTime dateCreation(const QString &path)
     const QFileInfo info(standardized);
     const QDateTime born = info.birthTime();
     const QDateTime modified = info.lastModified();
-    const QDateTime date = born.isValid() && born < modified ? born : modified;
+    QDateTime date = born.isValid() && born < modified ? born : modified;
     if (date.isValid())
         logDebug(u"dico (creation date) : %@", standardText(date));
     return date;

@@ -107,7 +107,7 @@ QString duree2MinutesStr(float minutes)
 {
     if (!(minutes > 0))
         return u""_s;
-    const QString text = filled(u"-%@%.1f'", minutes < 10 ? u"0"_s : u""_s, minutes);
+    QString text = filled(u"-%@%.1f'", minutes < 10 ? u"0"_s : u""_s, minutes);
     logLine(u"duree2MinutesStr    : %@", text);
     return text;
 }
@@ -117,8 +117,8 @@ QString duree2HmsStr(int seconds)
     const int hours = seconds / secondsPerHour;
     const int minutes = seconds / secondsPerMinute - 60 * hours;
     const int rest = seconds - secondsPerHour * hours - secondsPerMinute * minutes;
-    const QString text = filled(u"%ldh%@%ld'%@%ld\"", hours, minutes < 10 ? u"0"_s : u""_s, minutes,
-                                rest < 10 ? u"0"_s : u""_s, rest);
+    QString text = filled(u"%ldh%@%ld'%@%ld\"", hours, minutes < 10 ? u"0"_s : u""_s, minutes,
+                          rest < 10 ? u"0"_s : u""_s, rest);
     logLine(u"duree2HmsStr        : %@", text);
     return text;
 }

@@ -74,9 +74,12 @@ std::optional<Transfer> checkedTransfer(const QString &source, const QString &de
         logLine(words.missing, transfer.from);
         return std::nullopt;
     }
-    const bool isRefused = isThere(transfer.to) && overwrite != "y"_L1;
-    if (isRefused || isOverlapping(transfer.from, transfer.to)) {
+    if (isThere(transfer.to) && overwrite != "y"_L1) {
         logLine(words.alreadyExists, transfer.to);
+        return std::nullopt;
+    }
+    if (isOverlapping(transfer.from, transfer.to)) {
+        logLine(u"source, destination :-( overlap: '%@' '%@'", transfer.from, transfer.to);
         return std::nullopt;
     }
     return transfer;

@@ -224,7 +224,7 @@ QString toolPathSafe(const QString &path, const QString &folder)
 {
     const QString linkFolder = expandTilde(folder);
     const bool hasFolder = !linkFolder.isEmpty() && QFileInfo(linkFolder).isDir();
-    const QString link =
+    QString link =
         joinedPath(hasFolder ? linkFolder : QDir::tempPath(), safeFileName(expandTilde(path)));
     if (link.compare(expandTilde(path), Qt::CaseInsensitive) == 0)
         return path;

@@ -157,7 +157,7 @@ QString float2FractionStr(float r)
 
     const int thousandths = truncatedTo<int>(r * 1000.0F);
     const int divisor = std::gcd(thousandths, 1000);
-    const QString fraction = filled(u"%ld:%ld", thousandths / divisor, 1000 / divisor);
+    QString fraction = filled(u"%ld:%ld", thousandths / divisor, 1000 / divisor);
     logLine(u"float2FractionStr : %@ (<-%.3f)", fraction, r);
     return fraction;
 }

@@ -122,7 +122,7 @@ QString trimLeadingTrailing(const QString &text, bool leading, bool trailing)
         ++begin;
     if (begin == end)
         return {};
-    const QString trimmed = text.mid(begin, end - begin);
+    QString trimmed = text.mid(begin, end - begin);
     logLine(u"trimLeadingTrailing…:-) '%@'->'%@'", text, trimmed);
     return trimmed;
 }

@@ -11,8 +11,8 @@ namespace vignar
 template <class Int>
 Int truncatedTo(double number)
 {
-    // Twice the power of two below the maximum: exact, where the maximum itself is not.
-    constexpr double limit = 2.0 * static_cast<double>(std::numeric_limits<Int>::max() / 2 + 1);
+    // A power of two, so exact as a double, where the maximum itself need not be.
+    constexpr double limit = -static_cast<double>(std::numeric_limits<Int>::min());
     if (std::isnan(number))
         return 0;
     if (number >= limit)

@@ -1,0 +1,268 @@
+#include "classShared/files.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QStandardPaths>
+#include <QStorageInfo>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <unistd.h>
+
+using namespace vignar;
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+bool write(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    return QDir().mkpath(QFileInfo(path).path()) && file.open(QIODevice::WriteOnly) &&
+           file.write(bytes) == bytes.size();
+}
+
+QByteArray read(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("unreadable");
+}
+
+} // namespace
+
+class FilesTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<QTemporaryDir> m_folder;
+
+    QString at(const QString &name) const { return m_folder->filePath(name); }
+
+private Q_SLOTS:
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_folder->isValid());
+        qputenv("HOME", QFile::encodeName(at(u"up/user"_s)));
+        QVERIFY(write(at(u"up/user/keep.txt"_s), "keep"));
+    }
+
+    // Items that do not exist: a refusal answers false where a removal would answer
+    // true, and a fault here removes nothing.
+    void refusesSharedRoots_data()
+    {
+        QTest::addColumn<QString>("path");
+        for (const char *path :
+             {"", "no-such-item", "./no-such-item", "/no-such-item", "/tmp/../no-such-item",
+              "//no-such-item/", "/Users/no-such-user", "/Volumes/no-such-disk",
+              "/home/no-such-user", "/home/no-such-user/", "/home/x/../no-such-user",
+              "/media/no-such-user", "/mnt/no-such-disk", "/run/media/no-such-user",
+              "/*no-such-item", "*", "/Volumes/*/no-such-item", "/Volumes/Users/*no-such-item/x"})
+            QTest::newRow(path) << QString::fromLatin1(path);
+    }
+    void refusesSharedRoots()
+    {
+        QFETCH(QString, path);
+        QVERIFY(!rmCocoa(path));
+    }
+
+    void refusesHomeAndAbove_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::newRow("tilde") << u"~"_s;
+        QTest::newRow("home") << u"%1/up/user"_s;
+        QTest::newRow("slashes behind") << u"%1/up/user//"_s;
+        QTest::newRow("point behind") << u"%1/up/user/."_s;
+        QTest::newRow("up and down") << u"%1/up/user/../user"_s;
+        QTest::newRow("folder above") << u"%1/up"_s;
+        QTest::newRow("up from below") << u"~/x/../.."_s;
+        QTest::newRow("beginning of the name") << u"%1/up/us"_s;
+        QTest::newRow("folder above by a link") << u"%1/link/up"_s;
+    }
+    void refusesHomeAndAbove()
+    {
+        QFETCH(QString, path);
+        QVERIFY(QFile::link(m_folder->path(), at(u"link"_s)));
+        QVERIFY(write(at(u"up/us/keep.txt"_s), "keep"));
+        QVERIFY(!rmCocoa(path.contains(u'%') ? path.arg(m_folder->path()) : path));
+        QCOMPARE(read(at(u"up/user/keep.txt"_s)), "keep");
+        QCOMPARE(read(at(u"up/us/keep.txt"_s)), "keep");
+    }
+
+    void refusesHomeThatIsALink()
+    {
+        QVERIFY(QFile::link(at(u"up/user"_s), at(u"home"_s)));
+        qputenv("HOME", QFile::encodeName(at(u"home"_s)));
+        QVERIFY(!rmCocoa(at(u"up/user"_s)));
+        QVERIFY(!rmCocoa(at(u"home"_s)));
+        QVERIFY(QFileInfo(at(u"home"_s)).isSymLink());
+    }
+
+    void removesButNeverThroughALink()
+    {
+        QVERIFY(write(at(u"kept/film.mov"_s), "film"));
+        QVERIFY(write(at(u"gone/sub/.hidden"_s), "x"));
+        QVERIFY(QFile::link(at(u"kept"_s), at(u"gone/sub/folder"_s)));
+        QVERIFY(QFile::link(at(u"kept"_s), at(u"link"_s)));
+        QVERIFY(QFile::link(at(u"nowhere"_s), at(u"dangling"_s)));
+        QStringList told;
+        setFolderChangedHandler([&told](const QString &folder) { told += folder; });
+        for (const QString &name : {u"gone"_s, u"link/"_s, u"dangling"_s})
+            QVERIFY(rmCocoa(at(name)));
+        setFolderChangedHandler({});
+        QVERIFY(rmCocoa(at(u"never there"_s)));
+        QCOMPARE(QDir(m_folder->path())
+                     .entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot),
+                 (QStringList{u"kept"_s, u"up"_s}));
+        QCOMPARE(read(at(u"kept/film.mov"_s)), "film");
+        QCOMPARE(told, QStringList(3, m_folder->path()));
+    }
+
+    void unremovableGoesToTrash()
+    {
+        if (geteuid() == 0)
+            QSKIP("Nothing is unremovable for the superuser.");
+        QVERIFY(write(at(u"stuck/inner/film.mov"_s), "film"));
+        QFile::setPermissions(at(u"stuck/inner"_s), QFile::ReadOwner | QFile::ExeOwner);
+        QVERIFY(rmCocoa(at(u"stuck"_s)));
+        QVERIFY(!QFileInfo::exists(at(u"stuck"_s)));
+        const QString trash =
+            QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+            u"/Trash/files/stuck/inner"_s;
+        QCOMPARE(read(trash + u"/film.mov"_s), "film");
+        QFile::setPermissions(trash, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    }
+
+    void makesFoldersAndPermissions()
+    {
+        QVERIFY(mkdir(u"~/new/er"_s));
+        QVERIFY(mkdir(u"~/new/er"_s));
+        QVERIFY(QFileInfo(at(u"up/user/new/er"_s)).isDir());
+        QVERIFY(!mkdir(at(u"up/user/keep.txt/x"_s)));
+        QVERIFY(!mkdir(QString()));
+        QVERIFY(chmodPath(u"~/new"_s, 777, u"r"_s));
+        QVERIFY(QFile::permissions(at(u"up/user/new"_s)) & QFile::WriteOther);
+        QVERIFY(chmodPath(u"~/new"_s, 755, QString()));
+        QVERIFY(!(QFile::permissions(at(u"up/user/new"_s)) & QFile::WriteOther));
+    }
+
+    void replacesOnlyWhenAsked_data()
+    {
+        QTest::addColumn<bool>("isMove");
+        QTest::newRow("move") << true;
+        QTest::newRow("copy") << false;
+    }
+    void replacesOnlyWhenAsked()
+    {
+        QFETCH(bool, isMove);
+        const auto transfer = isMove ? mv : vignar::copy;
+        const QString from = at(u"a.jpg"_s);
+        const QString to = at(u"b.jpg"_s);
+        QVERIFY(write(from, "new") && write(to, "old"));
+        QVERIFY(!transfer(from, to, QString()));
+        QVERIFY(!transfer(at(u"missing"_s), to, u"y"_s));
+        QVERIFY(!transfer(from, at(u"no/folder.jpg"_s), u"y"_s));
+        QCOMPARE(read(from) + read(to), "newold");
+        QVERIFY(transfer(from, to, u"y"_s));
+        QCOMPARE(read(to), "new");
+        QCOMPARE(QFileInfo::exists(from), !isMove);
+    }
+
+    void neverLosesTheSource_data() { replacesOnlyWhenAsked_data(); }
+    void neverLosesTheSource()
+    {
+        QFETCH(bool, isMove);
+        const auto transfer = isMove ? mv : vignar::copy;
+        const QString film = at(u"dir/film.mov"_s);
+        QVERIFY(write(film, "film"));
+        QVERIFY(QFile::link(film, at(u"link"_s)));
+        QVERIFY(QFile::link(m_folder->path(), at(u"dir/back"_s)));
+        QVERIFY(!transfer(film, film, u"y"_s));
+        QVERIFY(!transfer(film, at(u"dir/back/dir/film.mov"_s), u"y"_s));
+        QVERIFY(!transfer(film, at(u"dir"_s), u"y"_s));
+        QVERIFY(!transfer(at(u"link"_s), film, u"y"_s));
+        QVERIFY(!transfer(at(u"dir"_s), film, u"y"_s));
+        QVERIFY(!transfer(at(u"dir"_s), at(u"dir/inside"_s), u"y"_s));
+        QCOMPARE(read(film), "film");
+    }
+
+    void movesAndCopiesAcrossVolumes()
+    {
+        const QTemporaryDir other(u"/dev/shm/vignar-XXXXXX"_s);
+        if (!other.isValid() || QStorageInfo(other.path()) == QStorageInfo(m_folder->path()))
+            QSKIP("There is no second volume to write on.");
+        const QString from = at(u"album"_s);
+        QVERIFY(write(from + u"/sub/film.mov"_s, "film"));
+        QVERIFY(QFile::link(u"sub/film.mov"_s, from + u"/link"_s));
+        const QDateTime shot(QDate(2011, 3, 4), QTime(5, 6, 7));
+        QFile film(from + u"/sub/film.mov"_s);
+        QVERIFY(film.open(QIODevice::ReadWrite) &&
+                film.setFileTime(shot, QFileDevice::FileModificationTime));
+
+        const QString to = other.filePath(u"album"_s);
+        QVERIFY(write(to, "old"));
+        QVERIFY(vignar::copy(from, at(u"twin"_s), QString()));
+        QVERIFY(mv(from, to, u"y"_s));
+        QVERIFY(!QFileInfo::exists(from));
+        for (const QString &album : {to, at(u"twin"_s)}) {
+            QCOMPARE(read(album + u"/sub/film.mov"_s), "film");
+            QCOMPARE(QFileInfo(album + u"/sub/film.mov"_s).lastModified(), shot);
+            QVERIFY(QFileInfo(album + u"/link"_s).isSymLink());
+        }
+        QCOMPARE(lsCocoa(other.path()), QStringList{to}); // No staging folder is left.
+    }
+
+    void linksToolsByASafeName()
+    {
+        const QString tool = at(u"été $(x) ff mpeg;-1"_s);
+        QVERIFY(write(tool, "tool") && mkdir(at(u"links"_s)));
+        const QString link = toolPathSafe(tool, at(u"links"_s));
+        QCOMPARE(link, at(u"links/t(x)ffmpeg;-1"_s));
+        QCOMPARE(read(link), "tool");
+        QCOMPARE(toolPathSafe(tool, at(u"links"_s)), link);
+        QCOMPARE(toolPathSafe(link, at(u"links"_s)), link);
+        QCOMPARE(toolPathSafe(at(u"é.."_s), at(u"links"_s)), at(u"links/toto"_s));
+
+        QVERIFY(write(at(u"links/film.mov"_s), "the user's"));
+        const QString film = at(u"film é.mov"_s);
+        QVERIFY(write(film, "film"));
+        QCOMPARE(toolPathSafe(film, at(u"links"_s)), film);
+        QCOMPARE(read(at(u"links/film.mov"_s)), "the user's");
+    }
+
+    void listsAndFinds()
+    {
+        for (const char *name : {"a/Film.MOV", "a/b/film.txt", "a/b/c/other.mov", "a/.mov"})
+            QVERIFY(write(at(QString::fromLatin1(name)), "x"));
+        QVERIFY(QFile::link(at(u"a"_s), at(u"a/b/back"_s)));
+        QCOMPARE(lsCocoa(at(u"a"_s)).value().size(), 3);
+        QVERIFY(!lsCocoa(at(u"missing"_s)));
+        QCOMPARE(lsGrepCocoa(at(u"a"_s), u"mov"_s), QStringList{at(u"a/Film.MOV"_s)});
+        QVERIFY(!lsGrepCocoa(at(u"a"_s), u"avi"_s));
+
+        QStringList found = findCocoa(at(u"a"_s), u"FILM"_s, true);
+        found.sort();
+        QCOMPARE(found, (QStringList{at(u"a/Film.MOV"_s), at(u"a/b/film.txt"_s)}));
+        QVERIFY(findCocoa(at(u"a"_s), u"FILM"_s, false).isEmpty());
+    }
+
+    void searchesLargeTreesOnlyNearTheTop()
+    {
+        for (int i = 0; i < 200; ++i)
+            QVERIFY(write(at(u"wide/"_s + QString::number(i)), ""));
+        QVERIFY(write(at(u"wide/deep/target"_s), ""));
+        QVERIFY(findCocoa(at(u"wide"_s), u"target"_s, false).isEmpty());
+    }
+
+    void tellsFreeSpace()
+    {
+        QVERIFY(freeDiskSpaceMo(m_folder->path()) >= 0);
+        QCOMPARE(freeDiskSpaceMo(at(u"missing"_s)), -1);
+        QCOMPARE(freeDiskSpaceMo(QString()), -1);
+    }
+};
+
+QTEST_APPLESS_MAIN(FilesTest)
+#include "test_files.moc"
