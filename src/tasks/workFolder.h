@@ -5,7 +5,8 @@
 namespace vignar
 {
 
-/// The scratch folder of this run, absolute; the default when none is set.
+/// The scratch folder of this run, absolute; when none is set, "Vignar" in the system's
+/// temporary folder, which nobody has made.
 QString workFolder();
 
 /// Holds the path; null restores the default.
@@ -16,6 +17,10 @@ void setWorkFolder(const QString &path);
 /// ("desktop", or "cli"): a desktop work folder left by an earlier run is emptied, each
 /// command line gets one of its own, and those whose process has died are removed.
 /// False when no folder can be made.
+///
+/// All of a user's folders lie in "org.vignar.Vignar-<user number>"; beside each, a lock
+/// file tells whether its process lives. Where that name belongs to somebody else, who
+/// may have made it to lead us astray, a folder with a name of its own takes its place.
 bool setUpWorkFolder(const QString &instance);
 
 /// Removes the work folder that setUpWorkFolder() made.
