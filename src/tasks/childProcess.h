@@ -1,14 +1,37 @@
 #pragma once
 
 #include <QProcess>
+#include <QStringList>
+
+#include <memory>
+#include <vector>
 
 namespace vignar
 {
 
 /// Prepares a process before its start: the tool's environment, standard input from
-/// nowhere, and on Linux the kernel's promise that the child dies with us, kill -9
+/// nowhere, a session of its own, so that a Ctrl-C on our terminal is answered by us
+/// alone, and on Linux the kernel's promise that the child dies with us, kill -9
 /// included.
+///
+/// The kernel ties the promise to the thread that starts the process: a thread other
+/// than the main one must outlive the children that it starts.
 void prepareChild(QProcess &process);
+
+/// The processes of a pipeline, first stage first.
+using Pipeline = std::vector<std::unique_ptr<QProcess>>;
+
+/// Prepared processes, one for each stage (a tool's path, then its arguments), joined
+/// like a shell pipe and not yet started. What a stage before the last writes to
+/// standard error goes where ours goes.
+Pipeline makePipeline(const QList<QStringList> &stages);
+
+/// Signals a process and the children that it has made itself; does nothing when it
+/// does not run.
+void signalChild(const QProcess &process, int signal);
+
+/// Kills what still runs of a pipeline and waits until it is gone.
+void endPipeline(Pipeline &pipeline);
 
 /// The largest report of a tool that is kept, in bytes: of a longer one the head and
 /// the tail remain, half each.
@@ -25,12 +48,14 @@ public:
     void clear();
 
 private:
-    qint64 m_limit;
+    qsizetype m_half;
+    bool m_isCut = false;
     QByteArray m_head;
     QByteArray m_tail;
 };
 
-/// The bytes as UTF-8, or as Latin-1 where they are not valid UTF-8.
+/// The bytes as UTF-8; a line that is not valid UTF-8 is read as Latin-1, so that one
+/// odd title in a report does not spoil the file names around it.
 QString decodedReport(const QByteArray &bytes);
 
 } // namespace vignar

@@ -40,7 +40,16 @@ class taskLauncher : public QObject
 public:
     /// terminationStatus() of a run that was killed before its last stage had ended.
     static constexpr qint32 killedStatus = -7654312;
-    enum LaunchResult { launched = 0, noArguments = 1, emptyStage = 2, toolNotFound = 3 };
+    enum LaunchResult {
+        launched = 0,
+        noArguments = 1,
+        emptyStage = 2,
+        /// Also for a list that ends with "|".
+        toolNotFound = 3,
+        /// A launcher runs once in its life, because it tells its end once; the run that
+        /// it has, ended or not, stays as it is.
+        alreadyLaunched = 4
+    };
 
     explicit taskLauncher(QObject *parent = nullptr);
     ~taskLauncher() override;
