@@ -51,15 +51,19 @@ public:
 };
 
 /// Sets the presenter and returns the one before. Without one every alert is logged
-/// and answered as timed out.
+/// and answered as timed out. A presenter shows the notices of lineLog.h too, those of
+/// other threads once the event loop runs.
 std::unique_ptr<AlertPresenter> setAlertPresenter(std::unique_ptr<AlertPresenter> presenter);
 
+/// Shows an alert that closes itself after the seconds; a null title or text is empty.
 AlertButton alertTimed(const QString &title, const QString &text, const QString &defaultButton,
                        const QString &alternateButton, const QString &otherButton, AlertStyle style,
                        int seconds);
+/// The same with a check box that suppresses the alert from then on.
 AlertAnswer alertTimedSuppressible(const QString &title, const QString &text,
                                    const QString &defaultButton, const QString &alternateButton,
                                    const QString &otherButton, AlertStyle style, int seconds);
+/// Asks the user for a picture of a state that should not occur.
 void alertUnexpected(const QString &detail);
 
 } // namespace vignar

@@ -24,7 +24,7 @@ int prefWrite(const QString &key, const QVariant &object);
 /// Removes the key when present; always 1.
 int prefDelete(const QString &key);
 
-/// Replaces the whole value of a key.
+/// Replaces the whole value of a key; 0 when key or object is null, else 1.
 int prefWriteDico(const QString &key, const QVariant &object);
 
 /// Sets one entry of a dictionary value, which is made when absent; 0 when any
@@ -37,8 +37,8 @@ int prefDeleteChildDico0(const QString &key, const QString &childKey);
 /// The factory settings, built anew at each call.
 Dico prefDefaults();
 
-/// A property-list file (XML) as a dictionary; empty when it cannot be read. A numeric
-/// "Birthdate" reads as 1564.0.
+/// A property-list file (XML, up to 16 MiB) as a dictionary; nothing when it cannot be
+/// read. A numeric "Birthdate" reads as 1564.0.
 std::optional<Dico> readPlist(const QString &path);
 
 /// The stored value converted to its type, or nothing.
