@@ -12,7 +12,7 @@ namespace vignar
 inline constexpr qint64 dataNotFound = 2147483647;
 
 /// Two characters make one byte, the first the high four bits; nothing is validated.
-/// Precondition, asserted: an even length.
+/// Precondition: an even length; an odd one ends the process, in every build.
 QByteArray toDataFromHexString(const QString &text);
 
 /// Offset of the first occurrence, or dataNotFound (also for an empty pattern).
@@ -24,7 +24,8 @@ qint64 offsetOfData(const QByteArray &data, const QByteArray &pattern);
 qint64 replaceData(QByteArray &data, const QByteArray &pattern, const QByteArray &replacement);
 
 /// Repeats replaceData() until nothing is found; returns how many were overwritten.
-/// Precondition: the replacement does not make the pattern occur again.
+/// Precondition: the replacement does not make the pattern occur again (the count is
+/// bounded by the length of the data, so that even then the call ends).
 int replaceAllData(QByteArray &data, const QByteArray &pattern, const QByteArray &replacement);
 
 /// Absolute offset of the first occurrence in the device, read from its start in

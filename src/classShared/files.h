@@ -11,9 +11,12 @@ namespace vignar
 
 /// Paths are tilde-expanded first; nothing raises, every refusal is logged.
 ///
-/// Removes a file, link or whole folder. Refuses the home folder and every folder
-/// above it, what lies directly under "/", "/Users", "/Volumes", "/home", "/media"
-/// or "/mnt", and wildcards. True when the path is gone afterwards.
+/// Removes a file, link or whole folder; a link goes itself, never what it leads to.
+/// Refuses the home folder and every folder above it, what lies directly under "/",
+/// "/Users", "/Volumes", "/home", "/media", "/run/media" or "/mnt", the root of a
+/// mounted volume, wildcards, and relative and empty paths, however the path spells
+/// them. What cannot be removed goes to the trash. True when the path is gone
+/// afterwards or never existed.
 bool rmCocoa(const QString &path);
 
 /// Creates the folder with its missing parents; true when it exists afterwards.
@@ -23,10 +26,13 @@ bool mkdir(const QString &path);
 /// only logged. False only for a null path.
 bool chmodPath(const QString &path, int modeCode, const QString &recursive);
 
-/// Moves; an existing destination is replaced only when overwrite is "y".
+/// Moves a file, link or whole folder, also to another volume; an existing destination
+/// is replaced only when overwrite is "y". Refused where the source is the destination
+/// under another name or one lies inside the other. On a failure the source is whole.
 bool mv(const QString &source, const QString &destination, const QString &overwrite);
 
-/// Copies a file or a whole folder under the rules of mv().
+/// Copies a file or a whole folder, links as links, under the rules of mv(). The
+/// destination is replaced only once the copy is complete.
 bool copy(const QString &source, const QString &destination, const QString &overwrite);
 
 /// Makes a symbolic link at linkPath that points at source.
@@ -34,10 +40,11 @@ bool ln_sCocoa(const QString &source, const QString &linkPath);
 
 /// A link in the folder, whose name holds only characters that need no quoting and
 /// which leads to path; path itself when it is that link already or no link can be
-/// made.
+/// made. Without a folder the link is made in the temporary folder; only a link is
+/// ever replaced by it.
 QString toolPathSafe(const QString &path, const QString &folder);
 
-/// Free megabytes of the volume that holds the path, or -1.
+/// Free megabytes of the volume that holds the path, or -1 for a path that is missing.
 qint64 freeDiskSpaceMo(const QString &path);
 
 /// Megabytes of everything under the folder; links are counted, not followed.

@@ -8,7 +8,8 @@ namespace vignar
 {
 
 /// Where finished log lines go. Called with one line without its line end, from
-/// any thread, one call at a time.
+/// any thread, one call at a time. A line that the sink itself logs goes to standard
+/// error.
 using LogSink = std::function<void(const QString &line)>;
 
 /// Replaces the sink and returns the one before; an empty sink restores the
@@ -53,7 +54,7 @@ void logVerbose(QStringView format, const Values &...values)
 }
 
 /// How a folder below the alerts asks for a self-closing notice: title, text and
-/// seconds. Without a handler the notice is only logged.
+/// seconds. Every notice is logged; without a handler it is only logged.
 using NoticeHandler = std::function<void(const QString &title, const QString &text, int seconds)>;
 void setNoticeHandler(NoticeHandler handler);
 void notice(const QString &title, const QString &text, int seconds);

@@ -5,10 +5,12 @@
 namespace vignar
 {
 
-/// A divisor that a and b share, near the asked divisor d (d > 0), or -1.
+/// A divisor that a and b share, near the asked divisor d, or -1 (also for
+/// d ≤ 0).
 int nbsSousMultipleCommun(int a, int b, int d, bool evenOnly);
 
-/// v rounded to the nearest multiple of m (m > 0); exactly half a step rounds up.
+/// v rounded to the nearest multiple of m; half a step, itself rounded down to a whole
+/// number, rounds up. v itself for m ≤ 0.
 int nbMultipleArrondi(int v, int m);
 
 /// An aspect ratio as text: "1:1", "4:3" and "16:9" within 0.02, else the reduced

@@ -10,7 +10,8 @@ namespace vignar
 float poidsConvert(qint64 bytes, const QString &unit);
 
 /// Size of a file or folder in a unit ("o" or null: bytes), or -1.0 when it cannot
-/// be read.
+/// be read. A folder is summed up in the units "G", "M", "K", "o" and "B" only: without
+/// one the size is that of its own entry in the file system.
 float poidsFile(const QString &path, const QString &unit);
 
 /// As poidsFile() for a file, read through the C stream library.
