@@ -28,7 +28,8 @@ bool chmodPath(const QString &path, int modeCode, const QString &recursive);
 
 /// Moves a file, link or whole folder, also to another volume; an existing destination
 /// is replaced only when overwrite is "y". Refused where the source is the destination
-/// under another name or one lies inside the other. On a failure the source is whole.
+/// under another name or one lies inside the other. A failure leaves
+/// the source, or else a complete copy of it.
 bool mv(const QString &source, const QString &destination, const QString &overwrite);
 
 /// Copies a file or a whole folder, links as links, under the rules of mv(). The

@@ -35,10 +35,9 @@ private:
 /// Understood are "%@" (any value as text), "%d %i %u %x" with any of the lengths
 /// h, l, ll and q, "%f %e %g" with flags, width and precision, "%s" and "%%".
 /// A number is converted when its kind does not fit the placeholder, a text that is no
-/// number is shown as it is; a placeholder
-/// without a value stays as written, surplus values are ignored. Values are never
-/// read as formats, so a "%" in a file name is harmless. Numbers are written with
-/// a decimal point whatever the locale.
+/// number is shown as it is; a placeholder without a value stays as written, surplus
+/// values are ignored. Values are never read as formats, so a "%" in a file name is
+/// harmless. Numbers are written with a decimal point whatever the locale.
 QString filledList(QStringView format, std::initializer_list<FormatValue> values);
 
 template <class... Values>
