@@ -15,6 +15,12 @@ namespace vignar
 std::optional<Dico> ffInfos(const QString &srcPath, const QString &report);
 
 /// The parsing half of ffInfos(): pure, nothing when the text holds no "Input #".
+///
+/// v0 is the movie's picture. Pictures that are merely attached to the source ("(attached
+/// pic)", such as a cover) are numbered after every real video stream; where there is
+/// none they begin at v1. ffmpeg turns the frames of a source with a display matrix, so
+/// width, height and aspect are those of the turned picture (Keys::v_rotation); a
+/// "rotate" tag without a matrix is not followed, as ffmpeg does not follow it.
 std::optional<Dico> parseFfReport(const QString &report);
 
 /// Start times of the chapters in seconds, those closer than 20 s to the one kept
@@ -31,6 +37,11 @@ bool isFfmpegSuccess(const QString &report);
 /// The report with every mention of the source's own path taken out, so that a name
 /// such as "error 1.mp4" cannot pass for a failure.
 QString withoutSourcePath(const QString &report, const QString &srcPath);
+
+/// The report without the texts that ffmpeg quotes from inside the source (titles,
+/// comments), so that "Trial and error 2" cannot pass for a failure either. For the
+/// search of messages only: what is left is not to be parsed.
+QString withoutMetadata(const QString &report);
 
 /// A copy of the argument list in which the value of "setdar=" in the filter after
 /// "-vf" is replaced.

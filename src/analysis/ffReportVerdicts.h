@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QString>
+
+namespace vignar
+{
+
+/// What the messages in a report tell of ffmpeg's chances with the source.
+enum class ReportVerdict {
+    usable,
+    /// Decoding failed before there were pictures enough.
+    decodesTooLittle,
+    /// ffmpeg crashed, or could not handle what it decoded.
+    notCompliant,
+};
+
+/// Pictures that the run behind the report asks for. A run that got them all has
+/// succeeded, whatever it complained of on the way: a recording that begins between two
+/// key frames always complains.
+inline constexpr int probedPictures = 10;
+
+/// The report must hold ffmpeg's own words alone (withoutSourcePath(), withoutMetadata()).
+ReportVerdict reportVerdict(const QString &report);
+
+} // namespace vignar
