@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QString>
+#include <QVariant>
+
+#include <functional>
+#include <optional>
+
+namespace vignar
+{
+
+/// The durations that the readers state, in seconds; invalid where one is silent.
+struct DurationClaims {
+    QVariant mp;
+    QVariant ff;
+    QVariant qt;
+};
+
+/// The claim that wins; invalid when there is none.
+QVariant reconciledDuration(const DurationClaims &claims, const QString &extension);
+
+/// Whole seconds that a recording bundle (".eyetv", ".eyetvsched") on the way to the path
+/// states of its recording; nothing when there is no such bundle or statement.
+std::optional<int> bundleDuration(const QString &srcPath);
+/// The same, read from the text of the bundle's recording file.
+std::optional<int> recordedDuration(const QString &recording);
+
+/// A DVD file and what is known of it.
+struct DvdFile {
+    double kilobytes = 0;
+    /// kb/s of the container; nothing when not known.
+    std::optional<double> bitrate;
+    bool hasMpeg2Demultiplexer = false;
+    /// Seconds read from the whole stream; 1 or below: not known.
+    std::function<int()> measure;
+};
+
+/// A DVD file's duration after the check against its size.
+struct CheckedDuration {
+    double seconds = 0;
+    /// The timecode breaks inside the file: the duration is an estimate.
+    bool isTimecodeBroken = false;
+};
+
+CheckedDuration checkedDvdDuration(double seconds, const DvdFile &file);
+
+} // namespace vignar
