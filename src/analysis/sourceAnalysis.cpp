@@ -1,0 +1,411 @@
+#include "analysis/sourceAnalysis.h"
+
+#include "analysis/durationRule.h"
+#include "analysis/ffReport.h"
+#include "analysis/ffReportVerdicts.h"
+#include "analysis/fieldOrder.h"
+#include "analysis/mediaClasses.h"
+#include "analysis/mergeRules.h"
+#include "analysis/streamKeys.h"
+#include "classShared/files.h"
+#include "classShared/lineLog.h"
+#include "classShared/numbers.h"
+#include "classShared/paths.h"
+#include "classShared/sizes.h"
+#include "settings/alerts.h"
+#include "settings/stringTables.h"
+#include "tasks/workFolder.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+using namespace Qt::StringLiterals;
+
+namespace vignar
+{
+namespace
+{
+
+/// Longest name, without its extension, of what is made from a source.
+constexpr int longestName = 23;
+constexpr int testPictureWidth = 160;
+constexpr double assumedAspect = 1.77;
+
+/// Both notices stand in two languages at once, whatever the interface speaks.
+QString unknownDurationNotice()
+{
+    return u"(fr)\nDurée introuvable :-( La barre de progression sera fausse.\n\n"
+           "(en)\nThe duration could not be found: the progress bar will be wrong."_s;
+}
+
+QString noSoundNotice()
+{
+    return u"(fr)\nSource de m***e ET sonorisée ou pas :-( Elle sera traitée sans le son et, "
+           "si elle est entrelacée, avec une taille fausse.\n\n"
+           "(en)\nThis source will be processed without sound and, if it is interlaced, with "
+           "a wrong size."_s;
+}
+
+void timedNotice(const QString &title, const QString &text, AlertStyle style, int seconds)
+{
+    alertTimed(title, text, {}, {}, {}, style, seconds);
+}
+
+QString destinationName(const QString &srcPath)
+{
+    QString name = QFileInfo(srcPath).completeBaseName();
+    name.replace(u'.', u'_');
+    name.truncate(longestName);
+    // A character outside the basic plane must not be cut in half.
+    if (!name.isEmpty() && name.back().isHighSurrogate())
+        name.chop(1);
+    return name;
+}
+
+bool hasPicture(const Dico &record)
+{
+    return record.contains(Keys::v_codec(0)) || record.contains(Keys::v_height(0)) ||
+           contains(record, Keys::w_height);
+}
+
+QString videoCodec(const Dico &dico)
+{
+    return read(dico, Keys::v_codec, 0).value_or(QString()).toLower();
+}
+
+/// Chroma format of a DV stream by its four-character code.
+QString dvChroma(const QString &codec)
+{
+    if (codec == u"dvcp")
+        return u"yuv420p"_s;
+    return codec == u"dvc" ? u"yuv411p"_s : u"yuv422p"_s;
+}
+
+/// The analysis of one source: its steps, in the order of analyse(), and the two verdicts
+/// that they reach on the way.
+class SourceAnalysis
+{
+public:
+    SourceAnalysis(const AnalysisInput &input, const AnalysisReaders &readers)
+        : m_input(input),
+          m_readers(readers),
+          m_extension(QFileInfo(input.srcPath).suffix().toLower()),
+          m_isSkipQt(readers.movieFramework == nullptr)
+    {
+    }
+
+    Result<SourceDico> analyse();
+
+private:
+    bool isRedirector() const;
+    void readMpeg();
+    void readFfmpegReport();
+    void judgeReport();
+    void judgeMovieFramework();
+    void inspectMovie();
+    void merge();
+    void judgeChosenCodec();
+    void settleDuration();
+    void settleDvdDuration();
+    void correctFields();
+    void judgeProtectedCodec();
+    void warnOfLostSound() const;
+    void testMovieDecoding();
+    void chooseDecoder();
+    void nameDestination();
+
+    std::optional<QString> drmKey() const;
+    double measureOnExtract() const;
+    void skipFfmpeg(const QString &line);
+    void skipQt(const QString &line);
+
+    const AnalysisInput &m_input;
+    const AnalysisReaders &m_readers;
+    const QString m_extension;
+    ReaderDicos m_dicos;
+    Dico m_record;
+    bool m_isMpegReaderFailed = false;
+    bool m_isSkipFfmpeg = false;
+    bool m_isSkipQt = false;
+};
+
+Result<SourceDico> SourceAnalysis::analyse()
+{
+    if (!pathExists(m_input.srcPath))
+        return Failure{localised(u"V_reason_missing"_s)};
+    if (isRedirector())
+        return Failure{localised(u"V_reason_asx"_s)};
+    readMpeg();
+    readFfmpegReport();
+    judgeReport();
+    if (!m_input.fields.isEmpty())
+        write(m_dicos.ff, Keys::v_fields, 0, m_input.fields);
+    judgeMovieFramework();
+    inspectMovie();
+    merge();
+    judgeChosenCodec();
+    settleDuration();
+    correctFields();
+    judgeProtectedCodec();
+    warnOfLostSound();
+    testMovieDecoding();
+    if (m_isSkipQt && m_isSkipFfmpeg) {
+        logLine(u"analyseSrc          :-( isSkipQt && isSkipFfmpeg");
+        return Failure{localised(u"V_reason_unreadable"_s)};
+    }
+    if (!hasPicture(m_record))
+        return Failure{localised(u"V_reason_noPicture"_s)};
+    chooseDecoder();
+    nameDestination();
+    return m_record;
+}
+
+bool SourceAnalysis::isRedirector() const
+{
+    if (m_extension != u"asx")
+        return false;
+    const QString text = filled(u"%@ \n\n( '.asx' = Advanced Stream redirector \n"
+                                "'.asf' = Advanced Streaming Format \n"
+                                "'.wmv' = Windows Media Video )",
+                                localised(u"D_videocodec_asx2"_s));
+    logLine(u"%@ %@", localised(u"D_videocodec_asx1"_s), text);
+    return true;
+}
+
+void SourceAnalysis::readMpeg()
+{
+    if (m_extension == u"evo")
+        return;
+    if (m_readers.mpegInfoDico)
+        m_dicos.mp = m_readers.mpegInfoDico(m_input.srcPath).value_or(Dico());
+    m_isMpegReaderFailed = m_dicos.mp.isEmpty();
+}
+
+void SourceAnalysis::readFfmpegReport()
+{
+    const auto infos = ffInfos(m_input.srcPath, m_input.report);
+    if (!infos)
+        m_isSkipFfmpeg = true;
+    if (!infos || infos->isEmpty())
+        return;
+    m_dicos.ff = *infos;
+    if (m_readers.ptsDtsOffsetMs)
+        m_dicos.ff.insert(m_readers.ptsDtsOffsetMs(m_input.report).value_or(Dico()));
+    if (const auto chapters = ffChapters(m_input.report))
+        write(m_dicos.ff, Keys::chapters, QVariantList(chapters->cbegin(), chapters->cend()));
+}
+
+void SourceAnalysis::judgeReport()
+{
+    const QString report = withoutMetadata(withoutSourcePath(m_input.report, m_input.srcPath));
+    if (m_readers.isFfmpegVsync && m_readers.isFfmpegVsync(m_input.srcPath, report))
+        logLine(u"isFfmpegVsync       :-( YES");
+    for (const QString &oddity :
+         {u"edit list not starting at 0"_s, u"error, non monotone timestamps"_s}) {
+        if (!report.contains(oddity, Qt::CaseInsensitive))
+            continue;
+        logLine(u"%@", oddity);
+        if constexpr (isVerbose())
+            timedNotice(m_input.srcPath, oddity, AlertStyle::warning, 30);
+        break;
+    }
+    switch (reportVerdict(report)) {
+    case ReportVerdict::usable:
+        break;
+    case ReportVerdict::decodesTooLittle:
+        skipFfmpeg(u"isSkipFfmpeg        :-( YES (<-dec)"_s);
+        break;
+    case ReportVerdict::notCompliant:
+        skipFfmpeg(u"isSkipFfmpeg      :-( YES (<-not compliant)"_s);
+        break;
+    }
+}
+
+std::optional<QString> SourceAnalysis::drmKey() const
+{
+    for (auto entry = m_dicos.ff.cbegin(); entry != m_dicos.ff.cend(); ++entry) {
+        if (entry.key().endsWith(u"_codec") && isDrmCodec(entry->toString()))
+            return entry.key();
+    }
+    return std::nullopt;
+}
+
+void SourceAnalysis::judgeMovieFramework()
+{
+    if (const auto key = drmKey()) {
+        logLine(u"dicoContainsItunesDR:-( DRM protected file (%@=%@)", *key,
+                m_dicos.ff.value(*key));
+        skipQt(u"isSkipQt            :-( DRM protected file"_s);
+    }
+    if (readStr(m_dicos.ff, Keys::wrapper) == u"mpegts")
+        skipQt(u"isSkipQt            :-( MPEG-TS"_s);
+    if (isMpegExtension(m_extension) && !m_isMpegReaderFailed)
+        m_isSkipQt = true;
+}
+
+void SourceAnalysis::inspectMovie()
+{
+    if (m_isSkipQt)
+        return;
+    m_dicos.qt = m_readers.movieFramework->inspect(m_input.srcPath);
+    if (!m_dicos.qt.contains(Keys::v_height(0)) && !contains(m_dicos.qt, Keys::w_height))
+        skipQt(u"isSkipQt            :-( movie without video|track.size.height ([av|qt])"_s);
+}
+
+void SourceAnalysis::merge()
+{
+    MovieFramework *framework = m_readers.movieFramework;
+    MergeContext context;
+    context.extension = m_extension;
+    context.bundleDuration = bundleDuration(m_input.srcPath);
+    context.frameRate.extension = m_extension;
+    context.frameRate.isMpegReaderFailed = m_isMpegReaderFailed;
+    context.frameRate.isMovieFrameworkUsable = !m_isSkipQt;
+    if (!m_isSkipQt) {
+        context.frameRate.measureMovie = [this, framework] {
+            return framework->measureFrameRate(m_input.srcPath,
+                                               MovieFramework::RateMeasurement::normal);
+        };
+        context.frameRate.measureExtract = [this] { return measureOnExtract(); };
+    }
+    m_record = mergedRecord(m_dicos, context);
+}
+
+double SourceAnalysis::measureOnExtract() const
+{
+    const QString extract = QDir(workFolder()).filePath(u"extrait.mov"_s);
+    if (!m_readers.movieFramework->writeExtract(m_input.srcPath, extract))
+        return 0;
+    const double rate = m_readers.movieFramework->measureFrameRate(
+        extract, MovieFramework::RateMeasurement::extract);
+    rmCocoa(extract);
+    return rate;
+}
+
+void SourceAnalysis::judgeChosenCodec()
+{
+    const QString codec = videoCodec(m_record);
+    if (isIndeoCodec(codec))
+        skipFfmpeg(u"isSkipFfmpeg        ? YES (<-codec 1)"_s);
+    if (codec == u"3ivx")
+        skipFfmpeg(u"isSkipFfmpeg        ? YES (<-codec 2)"_s);
+    if (isDvCodec(codec) && !contains(m_record, StreamKeys::w0_chroma))
+        write(m_record, StreamKeys::w0_chroma, dvChroma(codec));
+    if (codec == u"mpeg2video" && !m_isSkipQt && !m_readers.movieFramework->hasMpeg2Playback())
+        m_isSkipQt = true;
+}
+
+void SourceAnalysis::settleDuration()
+{
+    if (!contains(m_record, Keys::w_duration)) {
+        logLine(u"w_duration          :-( no duration found for '%@'", m_input.srcPath);
+        if (!m_isSkipFfmpeg || !m_isSkipQt)
+            timedNotice(QFileInfo(m_input.srcPath).fileName(), unknownDurationNotice(),
+                        AlertStyle::warning, 60);
+        write(m_record, Keys::w_duration, 1);
+    }
+    if (isDvdExtension(m_extension))
+        settleDvdDuration();
+}
+
+void SourceAnalysis::settleDvdDuration()
+{
+    DvdFile file;
+    file.kilobytes = poidsFile(m_input.srcPath, u"k"_s);
+    if (file.kilobytes < 0)
+        return;
+    if (const auto bitrate = read(m_record, Keys::w_bitrate))
+        file.bitrate = *bitrate;
+    file.hasMpeg2Demultiplexer =
+        m_readers.movieFramework && m_readers.movieFramework->hasMpeg2Demultiplexer();
+    if (m_readers.durationM2v)
+        file.measure = [this] { return m_readers.durationM2v(m_input.srcPath); };
+    const double stated = read(m_record, Keys::w_duration).value_or(1);
+    const CheckedDuration checked = checkedDvdDuration(stated, file);
+    if (checked.seconds != stated)
+        write(m_record, Keys::w_duration, checked.seconds);
+    if (checked.isTimecodeBroken)
+        timedNotice(localised(u"D_duration_1"_s), localised(u"D_duration_2"_s), AlertStyle::warning,
+                    60);
+}
+
+void SourceAnalysis::correctFields()
+{
+    FieldOrderContext context;
+    context.isMovieFrameworkOnly = !m_isSkipQt && m_isSkipFfmpeg;
+    if (m_readers.idet)
+        context.measure = [this] { return m_readers.idet(m_input.srcPath); };
+    correctFieldOrder(m_record, context);
+}
+
+void SourceAnalysis::judgeProtectedCodec()
+{
+    const QString codec = videoCodec(m_record);
+    if (isDrmCodec(codec) || codec == u"none")
+        m_isSkipFfmpeg = true;
+}
+
+void SourceAnalysis::warnOfLostSound() const
+{
+    const QString codec = videoCodec(m_record);
+    const bool isMpegVideo = codec == u"mpeg1video" || codec == u"mpeg2video";
+    if (m_record.contains(Keys::a_codec(0)) || !isMpegVideo ||
+        isMpegElementaryExtension(m_extension) || !m_isSkipFfmpeg || m_isSkipQt)
+        return;
+    const QString title = filled(u"%@audio :-(", QFileInfo(m_input.srcPath).fileName() + u'\n');
+    timedNotice(title, noSoundNotice(), AlertStyle::critical, 40);
+}
+
+void SourceAnalysis::testMovieDecoding()
+{
+    if (m_isSkipQt)
+        return;
+    MovieFramework *framework = m_readers.movieFramework;
+    if (m_input.testPictureFolder.isEmpty()) {
+        m_isSkipQt = !framework->canDecode(m_input.srcPath);
+        return;
+    }
+    const auto dar = read(m_record, Keys::v_dar, 0);
+    const double ratio = dar ? fractionStr2Float(*dar) : assumedAspect;
+    m_isSkipQt = !framework->makeThumbnail(m_input.srcPath, m_input.testPictureFolder,
+                                           testPictureWidth, int(testPictureWidth / ratio));
+}
+
+void SourceAnalysis::chooseDecoder()
+{
+    const Decoder decoder = m_isSkipFfmpeg ? quickTimeDecoder : ffmpegDecoder;
+    write(m_record, Keys::dec, int(decoder));
+    if (m_isSkipQt)
+        write(m_record, Keys::decSkip, int(quickTimeDecoder));
+    else if (m_isSkipFfmpeg)
+        write(m_record, Keys::decSkip, int(ffmpegDecoder));
+    logLine(u"Default decoder     : %@",
+            decoder == quickTimeDecoder ? u"quicktime"_s : u"ffmpeg"_s);
+}
+
+void SourceAnalysis::nameDestination()
+{
+    write(m_record, Keys::dstFolderNameStr, fichier_dirname(m_input.srcPath));
+    write(m_record, Keys::dstFileNameStr, destinationName(m_input.srcPath));
+}
+
+void SourceAnalysis::skipFfmpeg(const QString &line)
+{
+    logLine(u"%@", line);
+    m_isSkipFfmpeg = true;
+}
+
+void SourceAnalysis::skipQt(const QString &line)
+{
+    logLine(u"%@", line);
+    m_isSkipQt = true;
+}
+
+} // namespace
+
+Result<SourceDico> analyseSource(const AnalysisInput &input, const AnalysisReaders &readers)
+{
+    return SourceAnalysis(input, readers).analyse();
+}
+
+} // namespace vignar
