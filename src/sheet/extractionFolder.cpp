@@ -28,6 +28,7 @@ constexpr QLatin1String markerName{".vignar-extraction"};
 /// Beside it while the owner lives.
 constexpr QLatin1String lockName{".vignar-extraction.lock"};
 constexpr int namesTried = 1000;
+constexpr int attempts = 20;
 
 /// The locks of the folders in use by this process. A run's state is kept as texts
 /// between its steps, so the lock cannot travel with it. Main thread only.
@@ -148,8 +149,15 @@ bool takeOverFolder(const QString &folder)
     if (!isOurs(folder))
         return false;
     auto lock = takeLock(folder);
-    // Its owner may have released it while we took the lock.
-    if (!lock || !isOurs(folder) || !removePictures(folder))
+    if (!lock)
+        return false;
+    if (!isOurs(folder)) {
+        // Its owner released it just now, and our lock kept it from going.
+        lock.reset();
+        QDir().rmdir(folder);
+        return false;
+    }
+    if (!removePictures(folder))
         return false;
     heldLocks()[folder] = std::move(lock);
     return true;
@@ -172,6 +180,27 @@ QString numberedFolder(const QString &base, int number)
     return number == 0 ? folder : filled(u"%@-%ld", folder, number);
 }
 
+/// An extraction folder below base, or nothing, with what was made for it gone again.
+std::optional<ExtractionFolder> claimBelow(const QString &base)
+{
+    const auto madeNow = makeFolders(base);
+    if (!madeNow)
+        return std::nullopt;
+    qsizetype parentsMade = madeNow->size();
+    for (int number = 0; number < namesTried; ++number) {
+        const QString folder = numberedFolder(base, number);
+        // Whoever of us made the parents, the last to leave them removes them.
+        if (isOurs(folder))
+            parentsMade = std::max(parentsMade, markedParents(folder));
+        if (takeOverFolder(folder) || makeOwnFolder(folder, parentsMade))
+            return ExtractionFolder{folder, withParents(folder, parentsMade)};
+        if (!isTaken(folder))
+            break;
+    }
+    removeEmptyFolders(*madeNow);
+    return std::nullopt;
+}
+
 } // namespace
 
 QString plannedExtractionFolder(const QString &dstPath)
@@ -182,19 +211,11 @@ QString plannedExtractionFolder(const QString &dstPath)
 Result<ExtractionFolder> claimExtractionFolder(const QString &dstPath)
 {
     const QString base = baseFolder(dstPath);
-    const auto madeNow = makeFolders(base);
-    qsizetype parentsMade = madeNow.value_or(QStringList()).size();
-    for (int number = 0; madeNow && number < namesTried; ++number) {
-        const QString folder = numberedFolder(base, number);
-        // Whoever of us made the parents, the last to leave them removes them.
-        if (isOurs(folder))
-            parentsMade = std::max(parentsMade, markedParents(folder));
-        if (takeOverFolder(folder) || makeOwnFolder(folder, parentsMade))
-            return ExtractionFolder{folder, withParents(folder, parentsMade)};
-        if (!isTaken(folder))
-            break;
+    // Another process may be removing the folders that ours is just being made in.
+    for (int attempt = 0; attempt < attempts; ++attempt) {
+        if (const auto folder = claimBelow(base))
+            return *folder;
     }
-    removeEmptyFolders(madeNow.value_or(QStringList()));
     return Failure{filled(localised(u"V_reason_destination"_s), QFileInfo(base).path())};
 }
 
