@@ -144,7 +144,8 @@ bool writePicture(const QImage &bitmap, const QString &path, const ExportFormat 
     QImageWriter writer(&file, format.codec);
     if (QLatin1String(format.codec) == QLatin1String(jpegFormat.codec))
         writer.setQuality(jpegQuality(compressionFactor));
-    return writer.write(bitmap) && file.commit();
+    // commit() alone overlooks a last buffer that could not be written.
+    return writer.write(bitmap) && file.flush() && file.commit();
 }
 
 bool writePdf(const QImage &bitmap, const QString &path)

@@ -47,7 +47,8 @@ bool writePdfPage(const QString &path, const PdfPage &page,
             return false;
         draw(painter);
     }
-    return file.commit();
+    // commit() alone overlooks a last buffer that could not be written.
+    return file.flush() && file.commit();
 }
 
 } // namespace vignar
