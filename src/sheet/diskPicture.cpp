@@ -8,6 +8,8 @@
 #include <QFileInfo>
 #include <QPainter>
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace vignar

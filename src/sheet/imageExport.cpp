@@ -132,7 +132,7 @@ PlacedPiece placed(const QImage &source, const QSize &target, Placement placemen
 bool writePicture(const QImage &bitmap, const QString &path, const ExportFormat &format,
                   double compressionFactor)
 {
-    // The library ignores a codec that it lacks only after the file has been opened.
+    // Asked first: a format that cannot be written must not touch the file's place.
     if (!QImageWriter::supportedImageFormats().contains(format.codec)) {
         logLine(u"imgExport           :-( no codec '%@' for '%@'",
                 QString::fromLatin1(format.codec), path);
