@@ -57,8 +57,9 @@ void readDurationLine(QStringView line, Dico &infos)
     for (const QStringView piece : line.split(u", ")) {
         if (piece.contains(u"Duration: ")) {
             const QString timecode = piece.split(u": ").at(1).toString();
+            // A clip of less than a second counts as one: 0 would read as unknown.
             if (const float seconds = timecodeStr2Float(timecode); seconds > 0)
-                write(infos, Keys::w_duration, int(seconds));
+                write(infos, Keys::w_duration, std::max(1, int(seconds)));
         } else if (piece.contains(u"start: ")) {
             write(infos, Keys::w_offset, reportNumber(textAfter(piece, u"start: ")));
         } else if (piece.contains(u"bitrate: ")) {

@@ -194,6 +194,9 @@ private Q_SLOTS:
                            {u"w_duration"_s, absent},
                            {u"v0_width"_s, 720},
                            {u"v1_codec"_s, absent}};
+        QTest::newRow("less than a second")
+            << QStringList{u"  Duration: 00:00:00.48, bitrate: 9 kb/s"_s}
+            << QVariantMap{{u"w_duration"_s, 1}};
         QTest::newRow("duration unknown")
             << QStringList{u"  Duration: N/A, start: -1.500000, bitrate: N/A"_s}
             << QVariantMap{
