@@ -130,7 +130,8 @@ Result<void> save(const QString &path, const Dico &values)
         return Failure{file.errorString()};
     file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
     file.write(bytes);
-    if (!file.commit())
+    // commit() alone overlooks a last buffer that could not be written.
+    if (!file.flush() || !file.commit())
         return Failure{file.errorString()};
     return {};
 }
