@@ -21,7 +21,7 @@ int posterHeight(const SourceDico &source)
 {
     const auto aspect = read(source, Keys::v_dar, 0);
     const double ratio = aspect ? fractionStr2Float(*aspect) : defaultAspect;
-    return std::max(2, static_cast<int>(posterWidth / ratio));
+    return std::max(2, qRound(posterWidth / ratio));
 }
 
 bool take(const SourceDico &source, double position, const QString &filter, const QString &path)

@@ -169,10 +169,10 @@ void ProgressReporter::taskLauncherDidReceiveNewData(taskLauncher &launcher, con
     slot(*kind).report.append(data);
     // Everything looked for in a chunk is ASCII; a character cut in two by the chunk's
     // end must not hide it.
-    taskLauncherDidReceiveNewString(*kind, QString::fromLatin1(data));
+    readChunk(*kind, QString::fromLatin1(data));
 }
 
-void ProgressReporter::taskLauncherDidReceiveNewString(RunnerKind kind, const QString &text)
+void ProgressReporter::readChunk(RunnerKind kind, const QString &text)
 {
     logDebug(u"tl didReceiveNewStr - deb : '%@'", text);
     if (kind == RunnerKind::analysis && isAnalysisFailing(text)) {

@@ -85,7 +85,7 @@ private:
     Slot &slot(RunnerKind kind) { return m_slots[static_cast<size_t>(kind)]; }
     const Slot &slot(RunnerKind kind) const { return m_slots[static_cast<size_t>(kind)]; }
     std::optional<RunnerKind> kindOf(const taskLauncher &launcher) const;
-    void taskLauncherDidReceiveNewString(RunnerKind kind, const QString &text);
+    void readChunk(RunnerKind kind, const QString &text);
     void taskLauncherDone(RunnerKind kind);
     void prepareBar(RunnerKind kind);
     bool isAnalysisFailing(const QString &text);

@@ -21,7 +21,7 @@ struct SheetTarget {
     QString dstPath;
     QString diskPicturePath;
 
-    QString sheetFile(bool isPdf) const { return dstPath + (isPdf ? u".pdf" : u".jpg"); }
+    QString sheetFile(bool isPdf) const { return dstPath + QLatin1String(isPdf ? ".pdf" : ".jpg"); }
 };
 
 /// The target of a source in a folder. Where an earlier source of the same run has

@@ -1,0 +1,151 @@
+#include "app/progressReporter.h"
+#include "support/recordingOutlets.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace vignar;
+using namespace Qt::StringLiterals;
+
+class TestProgress : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void readsValues_data();
+    void readsValues();
+    void movesForwardOnly_data();
+    void movesForwardOnly();
+    void picksUpLoudness();
+    void reportsPercentOfRun();
+    void endsStuckAnalysis();
+    void collectsWhatIsNotAscii();
+    void endsOnceWhenToolIsMissing();
+    void killsRunPastItsLimit();
+
+private:
+    static RunRequest shell(const QString &script, int mode, RunnerKind kind, double maximum = 0)
+    {
+        return {{u"/bin/sh"_s, u"-c"_s, script}, maximum, mode, kind};
+    }
+};
+
+void TestProgress::readsValues_data()
+{
+    QTest::addColumn<int>("mode");
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<double>("value");
+    QTest::newRow("clock time") << int(parseTime) << u"size= 1 time=01:02:03.50 bitrate=1"_s
+                                << 3723.5;
+    QTest::newRow("two parts are no time") << int(parseTime) << u"time=62:03.5 bitrate"_s << 0.0;
+    QTest::newRow("time not available") << int(parseTime) << u"time=N/A bitrate"_s << 0.0;
+    QTest::newRow("percentage") << int(parsePercentage) << u"pourcentage    : 42.5 %"_s << 42.5;
+    QTest::newRow("batch") << int(parseBatch) << u"(batch 3/7)"_s << 3.0;
+    QTest::newRow("no number behind the token")
+        << int(parseProcessing) << u"Processing (x)"_s << 0.0;
+    QTest::newRow("token absent") << int(parseBar) << u"nothing"_s << 0.0;
+}
+
+void TestProgress::readsValues()
+{
+    QFETCH(int, mode);
+    QFETCH(QString, text);
+    QFETCH(double, value);
+    QCOMPARE(double(progressValue(text, progressToken(mode))), value);
+}
+
+void TestProgress::movesForwardOnly_data()
+{
+    QTest::addColumn<double>("value");
+    QTest::addColumn<double>("maximum");
+    QTest::addColumn<double>("previous");
+    QTest::addColumn<int>("percent");
+    QTest::newRow("half") << 100.0 << 200.0 << noPreviousValue << 50;
+    QTest::newRow("same whole percent") << 50.4 << 100.0 << 50.1 << -1;
+    QTest::newRow("back") << 40.0 << 100.0 << 50.0 << -1;
+    QTest::newRow("99.5 waits for the end") << 99.5 << 100.0 << 98.0 << -1;
+    QTest::newRow("99 is shown") << 99.0 << 100.0 << 98.0 << 99;
+    QTest::newRow("no maximum") << 10.0 << 0.0 << noPreviousValue << -1;
+    QTest::newRow("no value") << -1.0 << 100.0 << noPreviousValue << -1;
+}
+
+void TestProgress::movesForwardOnly()
+{
+    QFETCH(double, value);
+    QFETCH(double, maximum);
+    QFETCH(double, previous);
+    QFETCH(int, percent);
+    QCOMPARE(percentToShow(value, maximum, previous).value_or(-1), percent);
+}
+
+void TestProgress::picksUpLoudness()
+{
+    QCOMPARE(maximumVolume(u"[Parsed_volumedetect_0 @ 0x1] max_volume: -3.5 dB"_s), u"-3.5"_s);
+    QVERIFY(maximumVolume(u"max_volume: -3.5 dB"_s).isNull());
+    QCOMPARE(averageLoudness(u"  Integrated loudness:\n    I:       -23.1 LUFS"_s), u"-23.1"_s);
+}
+
+void TestProgress::reportsPercentOfRun()
+{
+    RecordingOutlets outlets;
+    ProgressReporter reporter(outlets);
+    QSignalSpy done(&reporter, &ProgressReporter::done);
+    QVERIFY(reporter.tasklauncherStart(
+        shell(u"echo time=00:00:05.00 x; read -r _; echo"_s, parseTime, RunnerKind::main, 10)));
+    QTRY_COMPARE(done.size(), 1);
+    QCOMPARE(outlets.percents, QStringList{u"50 %"_s});
+    QCOMPARE(outlets.mainValues, (QList<double>{0.01, 5.0}));
+    QVERIFY(!reporter.isRunning(RunnerKind::main));
+}
+
+void TestProgress::endsStuckAnalysis()
+{
+    RecordingOutlets outlets;
+    ProgressReporter reporter(outlets);
+    QSignalSpy done(&reporter, &ProgressReporter::done);
+    // Each report of the loop comes as a chunk of its own; the loop itself never ends.
+    QVERIFY(reporter.tasklauncherStart(
+        shell(u"while :; do echo frame=0 time=00:00:00.00 x; sleep 0.02; done"_s, parseCollected,
+              RunnerKind::analysis)));
+    QTRY_COMPARE_WITH_TIMEOUT(done.size(), 1, 20000);
+    QCOMPARE(reporter.lastStatus(RunnerKind::analysis), taskLauncher::killedStatus);
+}
+
+void TestProgress::collectsWhatIsNotAscii()
+{
+    RecordingOutlets outlets;
+    ProgressReporter reporter(outlets);
+    QSignalSpy done(&reporter, &ProgressReporter::done);
+    QVERIFY(reporter.tasklauncherStart(shell(u"printf 'title : Été à Œdo\\n'; printf 'x\\n' >&2"_s,
+                                             parseCollected, RunnerKind::analysis)));
+    QTRY_COMPARE(done.size(), 1);
+    QVERIFY(reporter.analysisTaskVerboseMStr().contains(u"Été à Œdo"_s));
+    QVERIFY(reporter.analysisTaskVerboseMStr().contains(u"x"_s));
+}
+
+void TestProgress::endsOnceWhenToolIsMissing()
+{
+    RecordingOutlets outlets;
+    ProgressReporter reporter(outlets);
+    QSignalSpy done(&reporter, &ProgressReporter::done);
+    QVERIFY(reporter.tasklauncherStart(
+        {{u"/no/such/tool"_s, u"x"_s}, 0, parseNothing, RunnerKind::main}));
+    QCOMPARE(done.size(), 0);
+    QTRY_COMPARE(done.size(), 1);
+    QVERIFY(!reporter.tasklauncherStart({{}, 0, parseNothing, RunnerKind::main}));
+}
+
+void TestProgress::killsRunPastItsLimit()
+{
+    RecordingOutlets outlets;
+    ProgressReporter reporter(outlets);
+    reporter.setRunLimit(std::chrono::milliseconds(50));
+    QSignalSpy done(&reporter, &ProgressReporter::done);
+    QVERIFY(
+        reporter.tasklauncherStart(shell(u"exec sleep 1000"_s, parseNothing, RunnerKind::main)));
+    QTRY_COMPARE(done.size(), 1);
+    QCOMPARE(reporter.lastStatus(RunnerKind::main), taskLauncher::killedStatus);
+}
+
+QTEST_GUILESS_MAIN(TestProgress)
+#include "test_progress.moc"
