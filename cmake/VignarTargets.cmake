@@ -4,7 +4,7 @@ target_compile_definitions(vignar_options INTERFACE
     QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_FOREACH QT_NO_KEYWORDS
     QT_DISABLE_DEPRECATED_BEFORE=0x060400)
 target_compile_options(vignar_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow
-    -Wnon-virtual-dtor -Woverloaded-virtual
+    -Wnon-virtual-dtor -Woverloaded-virtual -Wno-missing-field-initializers
     $<$<BOOL:${VIGNAR_WARNINGS_AS_ERRORS}>:-Werror>
     $<$<BOOL:${VIGNAR_SANITIZE}>:-fsanitize=address,undefined -fno-omit-frame-pointer
         -fno-sanitize-recover=undefined>)

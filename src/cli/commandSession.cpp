@@ -1,5 +1,6 @@
 #include "cli/commandSession.h"
 
+#include "classShared/format.h"
 #include "cli/jsonLines.h"
 #include "cli/recordText.h"
 #include "settings/preferences.h"

@@ -67,7 +67,6 @@ int complain(const QString &fault)
 
 int runCommand(const CommandLine &line)
 {
-    startOwnLogs(line.isVerbose);
     setUpPreferences(line);
     if (!setUpWorkFolder(u"cli"_s)) {
         ProgressLine().print(u"vignar-cli: no folder for temporary files can be made"_s);
@@ -95,6 +94,8 @@ int main(int argc, char **argv)
     if (!line->preferenceFile.isEmpty() && !QFileInfo(line->preferenceFile).isReadable())
         return complain(u"the preferences '%1' cannot be read"_s.arg(line->preferenceFile));
 
+    if (!line->isHelp)
+        startOwnLogs(line->isVerbose);
     // Drawing text needs a GUI application, but no screen; the user's arguments are ours
     // alone to read.
     char platform[] = "-platform";

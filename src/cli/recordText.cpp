@@ -1,5 +1,6 @@
 #include "cli/recordText.h"
 
+#include "classShared/format.h"
 #include "cli/commandLine.h"
 #include "cli/terminal.h"
 
