@@ -78,6 +78,13 @@ bool isDvCodec(const QString &codec)
     return isOneOf(dv, codec);
 }
 
+QString dvChroma(const QString &codec)
+{
+    if (codec == u"dvcp")
+        return u"yuv420p"_s;
+    return codec == u"dvc" ? u"yuv411p"_s : u"yuv422p"_s;
+}
+
 bool isMotionJpegCodec(const QString &codec)
 {
     return isOneOf(motionJpeg, codec);

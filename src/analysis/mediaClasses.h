@@ -25,6 +25,8 @@ QString drmTagIn(QStringView text);
 bool isDrmCodec(const QString &codec);
 /// A DV stream by its four-character code.
 bool isDvCodec(const QString &codec);
+/// Chroma format of a DV stream, from its code in lower case ("yuv411p").
+QString dvChroma(const QString &codec);
 bool isMotionJpegCodec(const QString &codec);
 bool isIndeoCodec(const QString &codec);
 /// ProRes and the Apple intermediate codec.

@@ -6,13 +6,13 @@
 #include "analysis/fieldOrder.h"
 #include "analysis/mediaClasses.h"
 #include "analysis/mergeRules.h"
+#include "analysis/sourceNotices.h"
 #include "analysis/streamKeys.h"
 #include "classShared/files.h"
 #include "classShared/lineLog.h"
 #include "classShared/numbers.h"
 #include "classShared/paths.h"
 #include "classShared/sizes.h"
-#include "settings/alerts.h"
 #include "settings/stringTables.h"
 #include "tasks/workFolder.h"
 
@@ -30,26 +30,6 @@ namespace
 constexpr int longestName = 23;
 constexpr int testPictureWidth = 160;
 constexpr double assumedAspect = 1.77;
-
-/// Both notices stand in two languages at once, whatever the interface speaks.
-QString unknownDurationNotice()
-{
-    return u"(fr)\nDurée introuvable :-( La barre de progression sera fausse.\n\n"
-           "(en)\nThe duration could not be found: the progress bar will be wrong."_s;
-}
-
-QString noSoundNotice()
-{
-    return u"(fr)\nSource de m***e ET sonorisée ou pas :-( Elle sera traitée sans le son et, "
-           "si elle est entrelacée, avec une taille fausse.\n\n"
-           "(en)\nThis source will be processed without sound and, if it is interlaced, with "
-           "a wrong size."_s;
-}
-
-void timedNotice(const QString &title, const QString &text, AlertStyle style, int seconds)
-{
-    alertTimed(title, text, {}, {}, {}, style, seconds);
-}
 
 QString destinationName(const QString &srcPath)
 {
@@ -71,14 +51,6 @@ bool hasPicture(const Dico &record)
 QString videoCodec(const Dico &dico)
 {
     return read(dico, Keys::v_codec, 0).value_or(QString()).toLower();
-}
-
-/// Chroma format of a DV stream by its four-character code.
-QString dvChroma(const QString &codec)
-{
-    if (codec == u"dvcp")
-        return u"yuv420p"_s;
-    return codec == u"dvc" ? u"yuv411p"_s : u"yuv422p"_s;
 }
 
 /// The analysis of one source: its steps, in the order of analyse(), and the two verdicts
@@ -205,8 +177,7 @@ void SourceAnalysis::judgeReport()
         if (!report.contains(oddity, Qt::CaseInsensitive))
             continue;
         logLine(u"%@", oddity);
-        if constexpr (isVerbose())
-            timedNotice(m_input.srcPath, oddity, AlertStyle::warning, 30);
+        noticeForDevelopers(m_input.srcPath, oddity);
         break;
     }
     switch (reportVerdict(report)) {
@@ -300,8 +271,7 @@ void SourceAnalysis::settleDuration()
     if (!contains(m_record, Keys::w_duration)) {
         logLine(u"w_duration          :-( no duration found for '%@'", m_input.srcPath);
         if (!m_isSkipFfmpeg || !m_isSkipQt)
-            timedNotice(QFileInfo(m_input.srcPath).fileName(), unknownDurationNotice(),
-                        AlertStyle::warning, 60);
+            noticeUnknownDuration(m_input.srcPath);
         write(m_record, Keys::w_duration, 1);
     }
     if (isDvdExtension(m_extension))
@@ -325,8 +295,7 @@ void SourceAnalysis::settleDvdDuration()
     if (checked.seconds != stated)
         write(m_record, Keys::w_duration, checked.seconds);
     if (checked.isTimecodeBroken)
-        timedNotice(localised(u"D_duration_1"_s), localised(u"D_duration_2"_s), AlertStyle::warning,
-                    60);
+        noticeBrokenTimecode();
 }
 
 void SourceAnalysis::correctFields()
@@ -352,8 +321,7 @@ void SourceAnalysis::warnOfLostSound() const
     if (m_record.contains(Keys::a_codec(0)) || !isMpegVideo ||
         isMpegElementaryExtension(m_extension) || !m_isSkipFfmpeg || m_isSkipQt)
         return;
-    const QString title = filled(u"%@audio :-(", QFileInfo(m_input.srcPath).fileName() + u'\n');
-    timedNotice(title, noSoundNotice(), AlertStyle::critical, 40);
+    noticeLostSound(m_input.srcPath);
 }
 
 void SourceAnalysis::testMovieDecoding()
