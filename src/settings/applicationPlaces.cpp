@@ -1,7 +1,7 @@
 #include "settings/applicationPlaces.h"
 
-#include <QCoreApplication>
 #include <QDir>
+#include <QFileInfo>
 
 namespace vignar
 {
@@ -21,7 +21,10 @@ QString xdgFolder(const char *variable, const QString &fallbackInHome)
 
 QString resourcesBesideProgram()
 {
-    const QDir folder(QCoreApplication::applicationDirPath() + u"/../share/vignar"_s);
+    // Asked of the kernel, because the places are wanted before there is an application
+    // object: its first complaints belong into the log.
+    const QFileInfo program(QFileInfo(u"/proc/self/exe"_s).symLinkTarget());
+    const QDir folder(program.path() + u"/../share/vignar"_s);
     return folder.exists() ? folder.canonicalPath() : QDir::cleanPath(folder.path());
 }
 
