@@ -238,12 +238,19 @@ QString AnalysisDriver::report() const
     return text.trimmed().isEmpty() ? QString() : text;
 }
 
+bool AnalysisDriver::isReportOfSuccess() const
+{
+    // Names and titles are not ffmpeg's words: "Trial and error 1.mp4" is no failure.
+    const QString source = prefReadStr(RunKeys::analysisSrcPathStr);
+    return isFfmpegSuccess(withoutMetadata(withoutSourcePath(report(), source)));
+}
+
 StepEnd AnalysisDriver::testResult()
 {
     if (report().isNull())
         logLine(u"analysisTaskVerboseM:-( no useable info (analysisFfmpegResult)");
     else
-        isFfmpegSuccess(withoutSourcePath(report(), prefReadStr(RunKeys::analysisSrcPathStr)));
+        isReportOfSuccess();
     setMark(RunKeys::analysisFfmpegParse.text);
     return StepEnd::again;
 }
@@ -253,7 +260,7 @@ StepEnd AnalysisDriver::judgeReport()
     const QString source = prefReadStr(RunKeys::analysisSrcPathStr);
     if (report().isNull())
         logLine(u"analysisTaskVerboseM:-( no useable info (analysisFfmpegResult)");
-    bool isUsable = isFfmpegSuccess(withoutSourcePath(report(), source));
+    bool isUsable = isReportOfSuccess();
     if (!isUsable) {
         logLine(u"Src not readable-ff :-( analysis failure");
         // The detector also hears complaints about a few damaged pictures. Here the proof
@@ -291,14 +298,14 @@ StepEnd AnalysisDriver::buildRecord()
 {
     const QString source = prefReadStr(RunKeys::analysisSrcPathStr);
     setMark(RunKeys::analysisFin.text);
-    const auto record =
-        analyseSource({source, report(), fieldOrderOfFrames(framePath()), {}}, m_readers);
+    auto record = analyseSource({source, report(), fieldOrderOfFrames(framePath()), {}}, m_readers);
     rmCocoa(framePath());
     if (!record) {
         logLine(u"NON-COMPLIANT FILE  : %@", source);
         refuse(record.reason());
         return StepEnd::again;
     }
+    write(*record, Keys::srcPathStr, source);
     const QString poster = posterPath(source);
     rmCocoa(poster);
     makePoster(*record, poster, PosterPicture::intra);
