@@ -31,8 +31,13 @@ public:
     virtual void taskLauncherTaskDidEnd(taskLauncher &) {}
 };
 
-/// Runs one tool, or a pipeline of tools, without blocking; see docs/architecture.md
-/// for the order of its callbacks.
+/// Runs one tool, or a pipeline of tools, without blocking.
+///
+/// A launcher is new, then running, at times suspended, then ended; it never runs again.
+/// Chunks come while it runs (what was on its way also while it is suspended), suspend
+/// and resume callbacks in pairs, the end last. Ending a suspended run resumes it first.
+/// Stages that still run when the last one has ended are killed. Destruction kills what
+/// runs and tells nothing. How children are run: docs/decisions/child-processes.md.
 class taskLauncher : public QObject
 {
     Q_OBJECT
@@ -64,6 +69,8 @@ public:
     void dontConvertDataToString(bool convert);
     bool isRunning() const;
     bool isSuspended() const;
+    /// Of an ended run: the last stage's exit code, 128 plus the number of the signal that
+    /// ended it, 126 when a stage could not be executed, or killedStatus.
     qint32 terminationStatus() const;
 
     void suspend();
