@@ -101,7 +101,7 @@ QString runShellText(const QString &command, const QString &folder)
                         .folder = existingFolder(folder)};
     runAndWait(run, [&report](const QByteArray &chunk) { report.append(chunk); });
     rmCocoa(linkFolder());
-    const QString text = withoutLineEnd(decodedReport(report.bytes()));
+    QString text = withoutLineEnd(decodedReport(report.bytes()));
     if (!text.isEmpty())
         return text;
     logLine(u"str                 :-/ '%@'", text);
@@ -207,7 +207,7 @@ QString taskBloquante::verbose(const QStringList &pieces)
         return {};
     const QString text = decodedReport(report.bytes());
     logDebug(u"verbose (pre)       : %@", text);
-    const QString final = text.isNull() ? u""_s : withoutLineEnd(text);
+    QString final = text.isNull() ? u""_s : withoutLineEnd(text);
     logDebug(u"verbose final       : %@", final);
     return final;
 }

@@ -35,7 +35,7 @@ void endPipeline(Pipeline &pipeline);
 
 /// The largest report of a tool that is kept, in bytes: of a longer one the head and
 /// the tail remain, half each.
-inline constexpr qint64 reportLimit = 8 * 1024 * 1024;
+inline constexpr qint64 reportLimit = qint64{8} * 1024 * 1024;
 
 /// Collects a report within reportLimit.
 class ReportBuffer

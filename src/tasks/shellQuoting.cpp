@@ -53,7 +53,7 @@ QString quoted(const QString &item)
 {
     const QString text = isEnclosed(item) ? withoutEnds(item) : item;
     if (text.contains(u'"')) {
-        const QString doubleQuoted = u'"' + text + u'"';
+        QString doubleQuoted = u'"' + text + u'"';
         logVerbose(u"currArgStr :-( %@ (…double quotes: %@)", item, doubleQuoted);
         return doubleQuoted;
     }

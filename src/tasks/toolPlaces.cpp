@@ -33,7 +33,7 @@ QString ffmpegPath()
     const QStringList folders{toolsFolder(), applicationPlaces().resourceFolder(),
                               applicationPlaces().supportFolder()};
     for (const QString &folder : folders) {
-        const QString path = folder + "/ffmpeg"_L1;
+        QString path = folder + "/ffmpeg"_L1;
         if (QFileInfo(path).isFile())
             return path;
     }
