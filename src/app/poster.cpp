@@ -30,6 +30,16 @@ bool take(const SourceDico &source, double position, const QString &filter, cons
     return pathExists(path);
 }
 
+/// Without any seek: a recording that was interrupted before its index was written cannot
+/// be sought to its own start.
+bool takeFirst(const SourceDico &source, const QString &filter, const QString &path)
+{
+    QStringList pass = ffmpegPass(source, 0, filter, path);
+    pass.remove(pass.indexOf(u"-ss"_s), 2);
+    taskArray(pass);
+    return pathExists(path);
+}
+
 } // namespace
 
 double posterPosition(const SourceDico &source)
@@ -49,7 +59,7 @@ bool makePoster(const SourceDico &source, const QString &path, PosterPicture pic
     if (picture == PosterPicture::intra)
         return take(source, position, thumbnailFilter(source, size), path);
     const QString filter = filled(u"scale=160:%ld", size.height());
-    return take(source, position, filter, path) || (position > 0 && take(source, 0, filter, path));
+    return take(source, position, filter, path) || takeFirst(source, filter, path);
 }
 
 } // namespace vignar
