@@ -65,7 +65,7 @@ clip 'anamorphic' .mp4 libx264 720x576 8 -preset ultrafast -aspect 16:9 -an
 clip 'odd and silent' .mp4 libx264 322x242 8 -preset ultrafast -an
 clip 'half a second' .mp4 libx264 640x360 0.5 -preset ultrafast
 clip 'one frame' .mp4 libx264 640x360 1 -preset ultrafast -an -frames:v 1
-clip 'starts late' .ts libx264 640x360 8 -preset ultrafast -an -muxdelay 0 -output_ts_offset 5000
+clip 'starts late' .ts libx264 640x360 8 -preset ultrafast -g 25 -an -output_ts_offset 5000
 remake 'turned right' .mp4 h264.mp4 -metadata:s:v rotate=90
 remake 'turned left' .mov h264.mp4 -metadata:s:v rotate=270
 remake 'upside down' .mp4 h264.mp4 -metadata:s:v rotate=180
@@ -73,8 +73,8 @@ remake 'upside down' .mp4 h264.mp4 -metadata:s:v rotate=180
 if [ $quick = no ]; then
     clip 'h264 1080p' .mov libx264 1920x1080 12 -preset ultrafast -c:a aac
     clip 'h264 2160p' .mp4 libx264 3840x2160 3 -preset ultrafast -an
-    clip 'h264 1080i' .mts libx264 1920x1080 5 -preset ultrafast -flags +ildct+ilme -x264opts tff=1 \
-        -c:a ac3 -f mpegts
+    clip 'h264 1080i' .mts libx264 1920x1080 5 -preset ultrafast -flags +ildct+ilme \
+        -x264opts tff=1 -c:a ac3 -f mpegts
     clip 'hevc' .mp4 libx265 1280x720 6 -preset ultrafast -x265-params log-level=error -tag:v hvc1
     clip 'hevc 10 bits' .mkv libx265 1920x1080 3 -preset ultrafast -x265-params log-level=error \
         -pix_fmt yuv420p10le -an
@@ -92,6 +92,7 @@ if [ $quick = no ]; then
 fi
 
 # Names that a careless program would take for something else.
+# shellcheck disable=SC2016 # nothing is to expand
 for name in 'Un été à Noël, 東京 и Київ' "L'été de \"Jo\"" $'two\nlines' '$(touch pwned)' \
     '`touch pwned`; touch pwned' '100%s %d %08x img%02d' '-leading dash' ' blanks  inside ' \
     'Trial and error 1' 'Invalid data found when processing input' 'back\slash and *?[x]' \
