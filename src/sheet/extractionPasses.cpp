@@ -18,6 +18,9 @@ namespace
 
 constexpr QStringView intraSelection = u"select=eq(pict_type\\,I),";
 
+/// Long enough to hold a key frame of what people record, short enough to decode.
+constexpr double runUpSeconds = 30;
+
 /// A name that no tool can take for an option or, as "concat:a", for a protocol.
 QString sourcePath(const SourceDico &source)
 {
@@ -96,6 +99,34 @@ QStringList withoutIntraSelection(const QStringList &pass)
     if (filter > 0 && filter < freed.size() && freed[filter].startsWith(intraSelection))
         freed[filter].remove(0, intraSelection.size());
     return freed;
+}
+
+QStringList withRunUp(const QStringList &pass)
+{
+    const qsizetype seek = pass.indexOf(u"-ss"_s);
+    const qsizetype input = pass.indexOf(u"-i"_s);
+    if (seek < 0 || input < seek)
+        return pass;
+    const double instant = pass.value(seek + 1).toDouble();
+    const double entry = std::max(0.0, instant - runUpSeconds);
+    QStringList slow = pass;
+    slow.insert(input + 2, u"-ss"_s);
+    slow.insert(input + 3, filled(u"%.2f", instant - entry));
+    // Entering at 0 is no seek at all: some files cannot even seek there.
+    if (entry > 0)
+        slow[seek + 1] = filled(u"%.2f", entry);
+    else
+        slow.remove(seek, 2);
+    return slow;
+}
+
+QStringList nextAttempt(const QStringList &pass)
+{
+    if (const QStringList freed = withoutIntraSelection(pass); freed != pass)
+        return freed;
+    const qsizetype input = pass.indexOf(u"-i"_s);
+    const bool hasRunUp = pass.indexOf(u"-ss"_s, input) > input;
+    return hasRunUp ? QStringList() : withRunUp(pass);
 }
 
 QStringList grabberPass(const SourceDico &source, const ThumbnailPlan &plan, const QString &folder)

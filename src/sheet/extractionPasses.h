@@ -30,6 +30,16 @@ QStringList ffmpegPass(const SourceDico &source, double instant, const QString &
 /// the list itself when it selects nothing.
 QStringList withoutIntraSelection(const QStringList &pass);
 
+/// The same pass with a run-up: the source is entered 30 seconds before the instant, or at
+/// its start, and decoded from there. Slower, but it finds the picture where the seek
+/// lands behind the last key frame or the file has lost its index. The list itself when
+/// it runs up already.
+QStringList withRunUp(const QStringList &pass);
+
+/// What to try after a pass that left no picture: without the intra selection, then with
+/// a run-up; empty when everything has been tried.
+QStringList nextAttempt(const QStringList &pass);
+
 /// The argument list that grabs all pictures in one run.
 QStringList grabberPass(const SourceDico &source, const ThumbnailPlan &plan, const QString &folder);
 

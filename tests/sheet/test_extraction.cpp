@@ -71,6 +71,14 @@ void TestExtraction::passesFollowTheRecord()
     write(source, Keys::intraFailure, 1);
     const QString freed = thumbnailFilter(source, {64, 48});
     QCOMPARE(withoutIntraSelection(pass), ffmpegPass(source, 62.506, freed, pass.last()));
+    // A run-up enters the source earlier, or not at all, and decodes up to the instant.
+    const QStringList late = nextAttempt(nextAttempt(pass));
+    QCOMPARE(late.mid(1, 8).join(u' '), u"-ss 32.51 -loglevel info -i /v/a b.mov -ss 30.00"_s);
+    QVERIFY(nextAttempt(late).isEmpty());
+    const QStringList early = withRunUp(ffmpegPass(source, 4, freed, pass.last()));
+    QCOMPARE(early.mid(1, 6).join(u' '), u"-loglevel info -i /v/a b.mov -ss 4.00"_s);
+    QVERIFY(nextAttempt(early).isEmpty());
+
     write(source, Keys::v_fields, 0, localised(u"PFF"_s, fieldsTable));
     QCOMPARE(thumbnailFilter(source, {64, 48}), u"scale=64:48,setsar=1/1"_s);
 
