@@ -60,6 +60,7 @@ private:
     void refuse(const QString &reason);
     void storeRow();
     QString report() const;
+    bool isReportOfSuccess() const;
 
     Outlets &m_outlets;
     BatchList &m_batch;

@@ -34,9 +34,7 @@ bool take(const SourceDico &source, double position, const QString &filter, cons
 /// be sought to its own start.
 bool takeFirst(const SourceDico &source, const QString &filter, const QString &path)
 {
-    QStringList pass = ffmpegPass(source, 0, filter, path);
-    pass.remove(pass.indexOf(u"-ss"_s), 2);
-    taskArray(pass);
+    taskArray(withRunUp(ffmpegPass(source, 0, filter, path)));
     return pathExists(path);
 }
 

@@ -13,7 +13,8 @@ enum class PosterPicture { intra, any };
 double posterPosition(const SourceDico &source);
 
 /// Writes the poster, 160 pixels wide, and waits for it. False when the tool leaves no
-/// picture. any also tries the source's start, for files whose end is missing.
+/// picture. any also tries the source's start without a seek, for
+/// files whose end or index is missing.
 bool makePoster(const SourceDico &source, const QString &path, PosterPicture picture);
 
 } // namespace vignar

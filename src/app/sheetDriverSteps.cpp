@@ -262,11 +262,11 @@ void SheetDriver::settleLastPass()
         return;
     logLine(u"th not extracted    :-( #%@ %@", m_lastPassKey,
             m_reporter.lastWords(RunnerKind::main).right(500));
-    const QStringList freePass = withoutIntraSelection(pass);
-    if (freePass == pass)
+    const QStringList next = nextAttempt(pass);
+    if (next.isEmpty())
         return;
     Dico passes = read(workingRecord(), Keys::appvgThFf).value_or(Dico());
-    passes.insert(m_lastPassKey, freePass);
+    passes.insert(m_lastPassKey, next);
     prefWriteChildDico(RunKeys::processEncDico, Keys::appvgThFf, passes);
 }
 
