@@ -7,6 +7,7 @@
 #include "settings/preferenceFile.h"
 #include "tasks/workFolder.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QGuiApplication>
 
@@ -48,6 +49,29 @@ void startOwnLogs(bool isVerbose)
     });
 }
 
+/// Outside a desktop session the toolkit makes a runtime folder of its own among the
+/// temporary files and leaves it there. While this lives it is told of one that it may
+/// not use, and makes none.
+class RuntimeFolderStandIn
+{
+public:
+    RuntimeFolderStandIn() : m_isNeeded(qEnvironmentVariableIsEmpty(variable))
+    {
+        if (m_isNeeded)
+            qputenv(variable, QFile::encodeName(QDir::tempPath()));
+    }
+    ~RuntimeFolderStandIn()
+    {
+        if (m_isNeeded)
+            qunsetenv(variable);
+    }
+    Q_DISABLE_COPY_MOVE(RuntimeFolderStandIn)
+
+private:
+    static constexpr const char *variable = "XDG_RUNTIME_DIR";
+    bool m_isNeeded;
+};
+
 /// The user's preferences and the run's own, in memory: nothing is written back, so that
 /// any number of command lines can run beside the desktop program.
 void setUpPreferences(const CommandLine &line)
@@ -67,6 +91,7 @@ int complain(const QString &fault)
 
 int runCommand(const CommandLine &line)
 {
+    startOwnLogs(line.isVerbose);
     setUpPreferences(line);
     if (!setUpWorkFolder(u"cli"_s)) {
         ProgressLine().print(u"vignar-cli: no folder for temporary files can be made"_s);
@@ -94,14 +119,15 @@ int main(int argc, char **argv)
     if (!line->preferenceFile.isEmpty() && !QFileInfo(line->preferenceFile).isReadable())
         return complain(u"the preferences '%1' cannot be read"_s.arg(line->preferenceFile));
 
-    if (!line->isHelp)
-        startOwnLogs(line->isVerbose);
     // Drawing text needs a GUI application, but no screen; the user's arguments are ours
     // alone to read.
     char platform[] = "-platform";
     char offscreen[] = "offscreen";
     char *ownArguments[] = {argv[0], platform, offscreen, nullptr};
     int ownCount = 3;
+    // What the toolkit has to say of the session that it finds goes to no user.
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
+    const RuntimeFolderStandIn runtimeFolder;
     QGuiApplication application(ownCount, ownArguments);
     std::setlocale(LC_NUMERIC, "C");
     QGuiApplication::setApplicationName(u"vignar-cli"_s);
