@@ -66,6 +66,7 @@ clip 'odd and silent' .mp4 libx264 322x242 8 -preset ultrafast -an
 clip 'half a second' .mp4 libx264 640x360 0.5 -preset ultrafast
 clip 'one frame' .mp4 libx264 640x360 1 -preset ultrafast -an -frames:v 1
 clip 'starts late' .ts libx264 640x360 8 -preset ultrafast -g 25 -an -output_ts_offset 5000
+clip 'one key picture' .ts libx264 640x360 8 -preset ultrafast -g 999 -an
 remake 'turned right' .mp4 h264.mp4 -metadata:s:v rotate=90
 remake 'turned left' .mov h264.mp4 -metadata:s:v rotate=270
 remake 'upside down' .mp4 h264.mp4 -metadata:s:v rotate=180
@@ -73,7 +74,7 @@ remake 'upside down' .mp4 h264.mp4 -metadata:s:v rotate=180
 if [ $quick = no ]; then
     clip 'h264 1080p' .mov libx264 1920x1080 12 -preset ultrafast -c:a aac
     clip 'h264 2160p' .mp4 libx264 3840x2160 3 -preset ultrafast -an
-    clip 'h264 1080i' .mts libx264 1920x1080 5 -preset ultrafast -flags +ildct+ilme \
+    clip 'h264 1080i' .mts libx264 1920x1080 5 -preset ultrafast -g 12 -flags +ildct+ilme \
         -x264opts tff=1 -c:a ac3 -f mpegts
     clip 'hevc' .mp4 libx265 1280x720 6 -preset ultrafast -x265-params log-level=error -tag:v hvc1
     clip 'hevc 10 bits' .mkv libx265 1920x1080 3 -preset ultrafast -x265-params log-level=error \
