@@ -85,7 +85,8 @@ void setUpPreferences(const CommandLine &line)
 
 int complain(const QString &fault)
 {
-    ProgressLine().print(u"vignar-cli: %1\nTry 'vignar-cli --help'."_s.arg(fault));
+    ProgressLine().print(u"vignar-cli: %1"_s.arg(fault));
+    ProgressLine().print(u"Try 'vignar-cli --help'."_s);
     return wrongArguments;
 }
 
