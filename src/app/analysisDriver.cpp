@@ -2,6 +2,7 @@
 
 #include "analysis/ffReport.h"
 #include "app/batchList.h"
+#include "app/decodedFrames.h"
 #include "app/poster.h"
 #include "app/progressReporter.h"
 #include "classShared/files.h"
@@ -13,9 +14,7 @@
 #include "tasks/workFolder.h"
 
 #include <QCryptographicHash>
-#include <QFile>
 #include <QFileInfo>
-#include <QRegularExpression>
 
 namespace vignar
 {
@@ -45,34 +44,7 @@ void setMark(QLatin1String mark)
     prefWrite(QString(mark), 1);
 }
 
-QByteArray frameHeader(const QString &path)
-{
-    // A header of this format is one short line; more would be no header.
-    constexpr qint64 headerLimit = 512;
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readLine(headerLimit) : QByteArray();
-}
-
 } // namespace
-
-QString fieldOrderOfFrames(const QString &path)
-{
-    static const QRegularExpression mark(u" I([tbp])"_s);
-    const QString letter = mark.match(QString::fromLatin1(frameHeader(path))).captured(1);
-    if (letter.isEmpty())
-        return {};
-    const QString name = letter == u"t" ? u"TFF"_s : letter == u"b" ? u"BFF"_s : u"PFF"_s;
-    return localised(name, fieldsTable);
-}
-
-bool holdsDecodedFrame(const QString &path)
-{
-    const QByteArray header = frameHeader(path);
-    static const QRegularExpression size(u"^YUV4MPEG2 W(\\d+) H(\\d+) "_s);
-    const QRegularExpressionMatch match = size.match(QString::fromLatin1(header));
-    const qint64 luma = match.captured(1).toLongLong() * match.captured(2).toLongLong();
-    return luma > 0 && QFileInfo(path).size() >= header.size() + luma * 3 / 2;
-}
 
 AnalysisDriver::AnalysisDriver(Outlets &outlets, BatchList &batch, ProgressReporter &reporter,
                                AnalysisReaders readers, QObject *parent)

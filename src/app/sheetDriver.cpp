@@ -37,6 +37,11 @@ bool isPending(QLatin1String mark)
 
 } // namespace
 
+Dico SheetDriver::workingRecord()
+{
+    return prefStored(RunKeys::processEncDico).value_or(Dico());
+}
+
 SheetDriver::SheetDriver(Outlets &outlets, BatchList &batch, ProgressReporter &reporter,
                          QObject *parent)
     : QObject(parent), m_outlets(outlets), m_batch(batch), m_reporter(reporter)
@@ -236,7 +241,7 @@ void SheetDriver::takeStep()
 
 void SheetDriver::readChoices()
 {
-    const Dico record = prefStored(RunKeys::processEncDico).value_or(Dico());
+    const Dico record = workingRecord();
     if (!m_outcome || m_row < 0 || contains(record, Keys::out))
         return;
     m_layout = read(m_batch.row(m_row), Keys::out).value_or(mixLayout);

@@ -73,6 +73,7 @@ private:
     StepEnd endQuickTimeEncoding();
     StepEnd closeRow();
 
+    static Dico workingRecord();
     void enc(const QString &stepName);
     void again(const QString &stepName);
     bool prepareDestinationFolder();
