@@ -1,0 +1,119 @@
+#include "classShared/sourceDico.h"
+#include "cli/commandLine.h"
+#include "cli/recordText.h"
+#include "cli/sourceArguments.h"
+#include "cli/terminal.h"
+#include "settings/preferenceKeys.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace vignar;
+using namespace Qt::StringLiterals;
+
+class TestCommandLine : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void refusesWrongArguments_data();
+    void refusesWrongArguments();
+    void readsOptions();
+    void expandsSources();
+    void namesDoNotSpeakToTheTerminal();
+    void recordIsGroupedWithUnits();
+};
+
+void TestCommandLine::refusesWrongArguments_data()
+{
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QString>("named");
+    QTest::newRow("no command") << u""_s << u"command"_s;
+    QTest::newRow("unknown command") << u"bake a.mp4"_s << u"bake"_s;
+    QTest::newRow("no source") << u"sheet"_s << u"source"_s;
+    QTest::newRow("unknown option") << u"sheet --colour red a.mp4"_s << u"colour"_s;
+    QTest::newRow("unknown layout") << u"sheet -l huge a.mp4"_s << u"huge"_s;
+    QTest::newRow("unknown format") << u"sheet -f gif a.mp4"_s << u"gif"_s;
+    QTest::newRow("unknown answer") << u"sheet --existing maybe a.mp4"_s << u"maybe"_s;
+    QTest::newRow("no thumbnails") << u"sheet --thumbs 0 a.mp4"_s << u"0"_s;
+    QTest::newRow("no interval") << u"sheet --every -5 a.mp4"_s << u"-5"_s;
+    QTest::newRow("unknown setting") << u"sheet --set nope=1 a.mp4"_s << u"nope"_s;
+    QTest::newRow("setting of the wrong kind") << u"sheet --set prefDpi=x a.mp4"_s << u"prefDpi"_s;
+    QTest::newRow("setting without a value") << u"sheet --set prefDpi a.mp4"_s << u"prefDpi"_s;
+    QTest::newRow("option of another command") << u"plan -f pdf a.mp4"_s << u"format"_s;
+}
+
+void TestCommandLine::refusesWrongArguments()
+{
+    QFETCH(QString, typed);
+    QFETCH(QString, named);
+    const auto line = parseCommandLine(typed.split(u' ', Qt::SkipEmptyParts));
+    QVERIFY(!line);
+    QVERIFY2(line.reason().contains(named), qPrintable(line.reason()));
+}
+
+void TestCommandLine::readsOptions()
+{
+    const auto line = parseCommandLine(
+        u"--prefs p.json -v sheet -o out --layout min -f pdf --suffix -x --existing keep --thumbs "
+        u"12 "
+        "--every 7 --set pageBkgColor=000000 --set prefBorderSize=2.5 --json a.mp4 -- -b.mp4"_s
+            .split(u' '));
+    QVERIFY2(line, qPrintable(line.reason()));
+    QCOMPARE(line->sources, (QStringList{u"a.mp4"_s, u"-b.mp4"_s}));
+    QVERIFY(line->isVerbose && line->isJson);
+    QCOMPARE(line->layout, int(minLayout));
+    QCOMPARE(line->format, 0);
+    QCOMPARE(line->existing, CommandLine::Existing::keep);
+    QCOMPARE(read(line->settings, Prefs::prefSuffix), u"-x"_s);
+    QCOMPARE(read(line->settings, Prefs::prefLimitAuto), 0);
+    QCOMPARE(read(line->settings, Prefs::prefLimitMin), 12);
+    QCOMPARE(read(line->settings, Prefs::prefDerushInterval), 7);
+    QCOMPARE(read(line->settings, Prefs::prefBorderSize), 2.5);
+    QCOMPARE(read(line->settings, Prefs::pageBkgColor), u"000000"_s);
+}
+
+void TestCommandLine::expandsSources()
+{
+    QTemporaryDir folder;
+    QDir(folder.path()).mkpath(u"in/deep"_s);
+    QDir(folder.path()).mkpath(u"none"_s);
+    for (const QString &name : {u"in/deep/b.mkv"_s, u"in/a.MP4"_s, u"in/c.txt"_s, u"d.mp4"_s})
+        QVERIFY(QFile(folder.filePath(name)).open(QIODevice::WriteOnly));
+    const auto at = [&folder](const QString &name) { return folder.filePath(name); };
+    const SourceArguments sources =
+        expandSources({at(u"in"_s), at(u"in/a.MP4"_s), at(u"in/c.txt"_s), at(u"none"_s),
+                       at(u"gone.mp4"_s), at(u"d.mp4"_s)});
+    QCOMPARE(sources.files,
+             (QStringList{at(u"in/a.MP4"_s), at(u"in/deep/b.mkv"_s), at(u"d.mp4"_s)}));
+    QStringList refused;
+    for (const RefusedArgument &argument : sources.refused)
+        refused.append(argument.source);
+    QCOMPARE(refused, (QStringList{at(u"in/c.txt"_s), at(u"none"_s), at(u"gone.mp4"_s)}));
+}
+
+void TestCommandLine::namesDoNotSpeakToTheTerminal()
+{
+    QCOMPARE(printable(u"a\x1b[2Jb\nc\u202E"_s), u"a?[2Jb?c?"_s);
+}
+
+void TestCommandLine::recordIsGroupedWithUnits()
+{
+    SourceDico record;
+    write(record, Keys::srcPathStr, u"/v/a.mp4"_s);
+    write(record, Keys::w_duration, 12.5);
+    write(record, Keys::a_rate, 0, 48000);
+    write(record, Keys::v_width, 0, 640);
+    const QStringList lines = recordText(record).split(u'\n');
+    QCOMPARE(lines.size(), 7);
+    QCOMPARE(lines[1].trimmed(), u"container"_s);
+    QVERIFY(lines[2].endsWith(u"12.5 s"_s));
+    QCOMPARE(lines[3].trimmed(), u"video 0"_s);
+    QVERIFY(lines[4].endsWith(u"640 pixels"_s));
+    QVERIFY(lines[6].endsWith(u"48000 Hz"_s));
+}
+
+QTEST_GUILESS_MAIN(TestCommandLine)
+#include "test_commandLine.moc"

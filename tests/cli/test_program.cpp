@@ -1,0 +1,189 @@
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QImageReader>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <csignal>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr int patience = 60000;
+
+struct Run {
+    int status = -1;
+    QString errors;
+    QList<QJsonObject> lines;
+};
+
+Run finished(QProcess &process)
+{
+    Run run;
+    if (!process.waitForFinished(patience))
+        return run;
+    run.status = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    run.errors = QString::fromUtf8(process.readAllStandardError());
+    for (const QByteArray &line : process.readAllStandardOutput().split('\n')) {
+        if (!line.isEmpty())
+            run.lines.append(QJsonDocument::fromJson(line).object());
+    }
+    return run;
+}
+
+Run vignar(const QStringList &arguments)
+{
+    QProcess process;
+    process.start(QStringLiteral(VIGNAR_CLI), arguments);
+    return finished(process);
+}
+
+QStringList filesUnder(const QString &folder)
+{
+    QStringList names;
+    QDirIterator walk(folder, QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot,
+                      QDirIterator::Subdirectories);
+    while (walk.hasNext())
+        names.append(QDir(folder).relativeFilePath(walk.next()));
+    names.sort();
+    return names;
+}
+
+} // namespace
+
+/// The program as scripts see it: JSON lines, exit statuses, what it leaves behind.
+class TestProgram : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init() { m_out = std::make_unique<QTemporaryDir>(); }
+    void cleanup();
+
+    void makesSheetsAndTellsOfTheRest();
+    void keepsAnExistingSheetWithoutATerminal();
+    void planIsWhatIsExtracted();
+    void analysePrintsTheRecord();
+    void interruptLeavesNothing();
+    void wrongArgumentsAndMissingDestination();
+
+private:
+    QTemporaryDir m_clips;
+    std::unique_ptr<QTemporaryDir> m_out;
+    QString m_clip;
+};
+
+void TestProgram::initTestCase()
+{
+    m_clip = m_clips.filePath(u"$(touch pwned) %s \"été\".mp4"_s);
+    QCOMPARE(QProcess::execute(u"ffmpeg"_s,
+                               {u"-loglevel"_s, u"error"_s, u"-f"_s, u"lavfi"_s, u"-i"_s,
+                                u"testsrc2=s=320x240:r=10:d=30"_s, u"-g"_s, u"10"_s, m_clip}),
+             0);
+    QFile text(m_clips.filePath(u"text.mp4"_s));
+    QVERIFY(text.open(QIODevice::WriteOnly) && text.write("no movie") > 0);
+}
+
+void TestProgram::cleanup()
+{
+    QVERIFY(filesUnder(QDir::tempPath()).filter(u"org.vignar"_s).isEmpty());
+    QVERIFY(!QFile::exists(u"pwned"_s));
+}
+
+void TestProgram::makesSheetsAndTellsOfTheRest()
+{
+    const Run run = vignar({u"sheet"_s, u"--json"_s, u"-o"_s, m_out->path(), u"-l"_s, u"min"_s,
+                            u"--set"_s, u"prefComputerWidthAuto=0"_s, u"--set"_s,
+                            u"prefComputerWidth=640"_s, m_clips.path()});
+    QCOMPARE(run.status, 1);
+    QCOMPARE(run.lines.size(), 2);
+    QCOMPARE(run.lines[0][u"status"_s], u"refused"_s);
+    QVERIFY(run.errors.contains(u"text.mp4: "_s));
+    const QJsonObject made = run.lines[1];
+    QCOMPARE(made[u"status"_s], u"made"_s);
+    QCOMPARE(made[u"source"_s], m_clip);
+    QCOMPARE(made[u"thumbnails"_s], 12);
+    QCOMPARE(QImageReader(made[u"sheet"_s].toString()).size().width(), 640);
+    QCOMPARE(filesUnder(m_out->path()).size(), 2);
+}
+
+void TestProgram::keepsAnExistingSheetWithoutATerminal()
+{
+    const QStringList arguments{u"sheet"_s, u"--json"_s, u"-o"_s, m_out->path(),
+                                u"-f"_s,    u"pdf"_s,    m_clip};
+    const Run first = vignar(arguments);
+    QCOMPARE(first.status, 0);
+    QFile sheet(first.lines.value(0)[u"sheet"_s].toString());
+    QVERIFY(sheet.fileName().endsWith(u".pdf"_s) && sheet.open(QIODevice::ReadOnly));
+    const QByteArray before = sheet.readAll();
+    QVERIFY(before.startsWith("%PDF"));
+    const Run second = vignar(arguments);
+    QCOMPARE(second.status, 0);
+    QCOMPARE(second.lines.value(0)[u"status"_s], u"kept"_s);
+    QVERIFY(sheet.seek(0));
+    QCOMPARE(sheet.readAll(), before);
+    QCOMPARE(
+        vignar(arguments + QStringList{u"--existing"_s, u"replace"_s}).lines.value(0)[u"status"_s],
+        u"made"_s);
+}
+
+void TestProgram::planIsWhatIsExtracted()
+{
+    const Run run =
+        vignar({u"plan"_s, u"--json"_s, u"-o"_s, m_out->path(), u"-l"_s, u"med"_s, m_clip});
+    QCOMPARE(run.status, 0);
+    const QJsonObject plan = run.lines.value(0);
+    QCOMPARE(plan[u"columns"_s], 3);
+    QCOMPARE(plan[u"thumbnails"_s], 3);
+    QCOMPARE(plan[u"instants"_s], (QJsonArray{2.5, 10.0, 20.0}));
+    const QJsonArray pass = plan[u"passes"_s].toArray().at(2).toArray();
+    QCOMPARE(pass.at(2), u"20.00"_s);
+    QCOMPARE(pass.at(6), m_clip);
+    QVERIFY(pass.last().toString().startsWith(m_out->path()));
+    QVERIFY(filesUnder(m_out->path()).isEmpty());
+}
+
+void TestProgram::analysePrintsTheRecord()
+{
+    const Run run = vignar({u"analyse"_s, u"--json"_s, m_clip});
+    QCOMPARE(run.status, 0);
+    QCOMPARE(run.lines.value(0)[u"status"_s], u"analysed"_s);
+    const QJsonObject record = run.lines.value(0)[u"record"_s].toObject();
+    QCOMPARE(record[u"v0_width"_s], 320);
+    QCOMPARE(record[u"w_duration"_s], 30);
+    QVERIFY(!record.contains(u"intraFailure"_s));
+}
+
+void TestProgram::interruptLeavesNothing()
+{
+    QProcess process;
+    process.start(QStringLiteral(VIGNAR_CLI),
+                  {u"sheet"_s, u"-o"_s, m_out->path(), u"-l"_s, u"min"_s, m_clip});
+    QTRY_VERIFY_WITH_TIMEOUT(!filesUnder(m_out->path()).filter(u"img00.jpg"_s).isEmpty(), patience);
+    QCOMPARE(::kill(pid_t(process.processId()), SIGINT), 0);
+    QCOMPARE(finished(process).status, 130);
+    QVERIFY(filesUnder(m_out->path()).isEmpty());
+}
+
+void TestProgram::wrongArgumentsAndMissingDestination()
+{
+    QCOMPARE(vignar({u"sheet"_s, u"-l"_s, u"huge"_s, m_clip}).status, 2);
+    QCOMPARE(vignar({u"--prefs"_s, u"/no/such/file"_s, u"sheet"_s, m_clip}).status, 2);
+    QCOMPARE(vignar({u"--version"_s}).status, 0);
+    const QString missing = m_out->filePath(u"missing"_s);
+    const Run run = vignar({u"sheet"_s, u"--json"_s, u"-o"_s, missing, m_clip});
+    QCOMPARE(run.status, 1);
+    QCOMPARE(run.lines.value(0)[u"status"_s], u"failed"_s);
+    QVERIFY(!QFile::exists(missing));
+}
+
+QTEST_GUILESS_MAIN(TestProgram)
+#include "test_program.moc"
