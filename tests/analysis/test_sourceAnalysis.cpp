@@ -159,28 +159,24 @@ private Q_SLOTS:
         QCOMPARE(m_framework.inspections, 0);
     }
 
-    void correctsFieldOrders_data()
-    {
-        QTest::addColumn<QString>("video");
-        QTest::addColumn<QString>("reported");
-        QTest::addColumn<QString>("corrected");
-        QTest::newRow("DV") << u"dvvideo, 720x576"_s << u"PFF"_s << u"BFF"_s;
-        QTest::newRow("DV of high definition") << u"dvvideo, 1280x720"_s << u"PFF"_s << u"PFF"_s;
-        QTest::newRow("interlaced DV") << u"dvcp, 720x576"_s << u"TFF"_s << u"TFF"_s;
-        QTest::newRow("ProRes, measured") << u"prores, 1920x1080"_s << u"PFF"_s << u"TFF"_s;
-        QTest::newRow("small Motion-JPEG") << u"mjpeg, 640x480"_s << u"TFF"_s << u"PFF"_s;
-        QTest::newRow("anything else") << u"h264, 1280x720"_s << u"PFF"_s << u"PFF"_s;
-    }
     void correctsFieldOrders()
     {
-        QFETCH(QString, video);
-        QFETCH(QString, reported);
-        QFETCH(QString, corrected);
         AnalysisReaders readers;
         readers.idet = [](const QString &) { return order(u"TFF"_s); };
-        const auto record =
-            analysed(u"a.avi"_s, reportOf(u"Video: "_s + video), readers, order(reported));
-        QCOMPARE(read(*record, Keys::v_fields, 0), order(corrected));
+        const auto corrected = [&](const QString &video, const QString &reported) {
+            const QString report = reportOf(u"Video: "_s + video);
+            const auto record = analysed(u"a.avi"_s, report, readers, order(reported));
+            return read(*record, Keys::v_fields, 0);
+        };
+        QCOMPARE(corrected(u"dvvideo, 720x576"_s, u"PFF"_s), order(u"BFF"_s));
+        // DV of high definition, and interlaced DV, are believed.
+        QCOMPARE(corrected(u"dvvideo, 1280x720"_s, u"PFF"_s), order(u"PFF"_s));
+        QCOMPARE(corrected(u"dvcp, 720x576"_s, u"TFF"_s), order(u"TFF"_s));
+        // ProRes is measured.
+        QCOMPARE(corrected(u"prores, 1920x1080"_s, u"PFF"_s), order(u"TFF"_s));
+        // Motion-JPEG so small is progressive.
+        QCOMPARE(corrected(u"mjpeg, 640x480"_s, u"TFF"_s), order(u"PFF"_s));
+        QCOMPARE(corrected(u"h264, 1280x720"_s, u"PFF"_s), order(u"PFF"_s));
     }
 
     void anUnknownDurationIsOneSecondAndToldOnce()
