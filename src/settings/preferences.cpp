@@ -137,14 +137,14 @@ int prefWriteDico(const QString &key, const QVariant &object)
         return 0;
     const QVariant old = stored(key);
     if (old.isValid())
-        logLine(u"prefWriteDico       - old exists : %@", old);
+        logDebug(u"prefWriteDico       - old exists : %@", old);
     // One write replaces the value, so that no crash can leave the key without any.
     sharedPreferenceStore().setValue(key, object);
     if (old.isValid())
-        logLine(u"prefWriteDico       - old does not exist anymore :-)");
+        logDebug(u"prefWriteDico       - old does not exist anymore :-)");
     else
-        logLine(u"prefWriteDico       - does not exist ;-)");
-    logLine(u"prefWriteDico       - exists : %@", stored(key));
+        logDebug(u"prefWriteDico       - does not exist ;-)");
+    logDebug(u"prefWriteDico       - exists : %@", stored(key));
     return 1;
 }
 
@@ -152,15 +152,15 @@ int prefWriteChildDico(const QString &key, const QString &childKey, const QVaria
 {
     if (key.isNull() || childKey.isNull() || isNull(value))
         return 0;
-    logLine(u"prefWriteChildDico  : new key=%@, new value=%@", childKey, value);
+    logDebug(u"prefWriteChildDico  : new key=%@, new value=%@", childKey, value);
     const std::optional<Dico> old = storedDico(key);
     if (old)
-        logLine(u"prefWriteChildDico  : new key=%@, old dico: %@", childKey, QVariant(*old));
+        logDebug(u"prefWriteChildDico  : new key=%@, old dico: %@", childKey, QVariant(*old));
     Dico dico = old.value_or(Dico());
     dico.insert(childKey, value);
-    logLine(u"prefWriteChildDico  : new key=%@, new tmp dico:%@", childKey, QVariant(dico));
+    logDebug(u"prefWriteChildDico  : new key=%@, new tmp dico:%@", childKey, QVariant(dico));
     sharedPreferenceStore().setValue(key, dico);
-    logLine(u"prefWriteChildDico  : new key=%@, new final value='%@'", childKey, stored(key));
+    logDebug(u"prefWriteChildDico  : new key=%@, new final value='%@'", childKey, stored(key));
     return 1;
 }
 
@@ -169,10 +169,10 @@ int prefDeleteChildDico0(const QString &key, const QString &childKey)
     std::optional<Dico> dico = storedDico(key);
     if (!dico || !dico->contains(childKey))
         return 1;
-    logLine(u"prefDeleteChildDico0: key=%@ : %@", key, QVariant(*dico));
-    logLine(u"key to delete       : key=%@, value=%@", childKey, dico->value(childKey));
+    logDebug(u"prefDeleteChildDico0: key=%@ : %@", key, QVariant(*dico));
+    logDebug(u"key to delete       : key=%@, value=%@", childKey, dico->value(childKey));
     dico->remove(childKey);
-    logLine(u"newMDico 1          : key=%@ : %@", key, QVariant(*dico));
+    logDebug(u"newMDico 1          : key=%@ : %@", key, QVariant(*dico));
     sharedPreferenceStore().setValue(key, *dico);
     return 1;
 }
