@@ -4,6 +4,7 @@
 //   bench_sheetRun FOLDER      (clips are made there once and kept)
 
 #include "app/appDelegate.h"
+#include "settings/logFiles.h"
 #include "settings/preferenceStore.h"
 #include "settings/preferences.h"
 #include "support/recordingOutlets.h"
@@ -84,6 +85,7 @@ int main(int argc, char **argv)
     QGuiApplication application(argc, argv);
     if (argc < 2 || !setUpWorkFolder(u"bench"_s))
         return 2;
+    startLogs(StandardStreams::keep);
     const QString source = clip(QString::fromLocal8Bit(argv[1]));
     constexpr const char *layouts[] = {"big", "med", "min", "mix"};
     for (int layout = bigLayout; layout <= mixLayout; ++layout) {
