@@ -14,7 +14,6 @@ class TestWorkFolder : public QObject
 {
     Q_OBJECT
 
-private:
     const QString m_user = u"org.vignar.Vignar-%1"_s.arg(::geteuid());
 
 private Q_SLOTS:
@@ -38,47 +37,40 @@ private Q_SLOTS:
         QCOMPARE(QDir(places.folder.filePath(m_user)).count(), 3U);
     }
 
-    void folderOfTheLivingStays_data()
-    {
-        QTest::addColumn<QString>("instance");
-        QTest::newRow("desktop") << u"desktop"_s;
-        QTest::newRow("command line") << u"cli"_s;
-    }
     void folderOfTheLivingStays()
     {
-        QFETCH(QString, instance);
-        const TestPlaces places;
-        qputenv("TMPDIR", places.folder.path().toUtf8());
-        QProcess other;
-        other.start(QStringLiteral(FAKE_TOOL), {u"workFolder"_s, instance});
-        QVERIFY(other.waitForReadyRead());
-        const QString folder = QString::fromUtf8(other.readAll());
-        QVERIFY(setUpWorkFolder(instance));
-        QVERIFY(workFolder().startsWith(places.folder.filePath(m_user)));
-        QVERIFY(workFolder() != folder && QFileInfo::exists(folder));
-        other.kill();
-        QVERIFY(other.waitForFinished());
-        QVERIFY(setUpWorkFolder(u"cli"_s));
-        QVERIFY(!QFileInfo::exists(folder));
+        for (const QString &instance : {u"desktop"_s, u"cli"_s}) {
+            const TestPlaces places;
+            qputenv("TMPDIR", places.folder.path().toUtf8());
+            QProcess other;
+            other.start(QStringLiteral(OTHER_RUN), {instance});
+            QVERIFY(other.waitForReadyRead());
+            const QString folder = QString::fromUtf8(other.readAll());
+            QVERIFY(setUpWorkFolder(instance));
+            QVERIFY(workFolder().startsWith(places.folder.filePath(m_user)));
+            QVERIFY(workFolder() != folder && QFileInfo::exists(folder));
+            other.kill();
+            QVERIFY(other.waitForFinished());
+            QVERIFY(setUpWorkFolder(u"cli"_s));
+            QVERIFY(!QFileInfo::exists(folder));
+            removeWorkFolder();
+        }
     }
 
-    void plantedLinkIsNotFollowed_data()
-    {
-        QTest::addColumn<QString>("link");
-        QTest::newRow("the user's folder") << m_user;
-        QTest::newRow("the run's folder") << m_user + u"/desktop"_s;
-    }
     void plantedLinkIsNotFollowed()
     {
-        QFETCH(QString, link);
-        const TestPlaces places;
-        const QString kept = places.file(u"elsewhere/desktop/keep.txt"_s);
-        const QString target = places.folder.filePath(u"elsewhere"_s);
-        const QString path = places.folder.filePath(link);
-        QVERIFY(QDir().mkpath(QFileInfo(path).path()) && QFile::link(target, path));
-        QVERIFY(setUpWorkFolder(u"desktop"_s));
-        QVERIFY(!QFileInfo(workFolder()).canonicalFilePath().startsWith(target));
-        QVERIFY(QDir(workFolder()).isEmpty() && QFileInfo::exists(kept));
+        // In place of the user's folder, and of the run's.
+        for (const QString &link : {m_user, m_user + u"/desktop"_s}) {
+            const TestPlaces places;
+            const QString kept = places.file(u"elsewhere/desktop/keep.txt"_s);
+            const QString target = places.folder.filePath(u"elsewhere"_s);
+            const QString path = places.folder.filePath(link);
+            QVERIFY(QDir().mkpath(QFileInfo(path).path()) && QFile::link(target, path));
+            QVERIFY(setUpWorkFolder(u"desktop"_s));
+            QVERIFY(!QFileInfo(workFolder()).canonicalFilePath().startsWith(target));
+            QVERIFY(QDir(workFolder()).isEmpty() && QFileInfo::exists(kept));
+            removeWorkFolder();
+        }
     }
 };
 
