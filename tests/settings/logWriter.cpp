@@ -3,25 +3,22 @@
 #include "classShared/lineLog.h"
 #include "settings/logFiles.h"
 
-#include <QCoreApplication>
-
 #include <cstdio>
-#include <iostream>
+#include <string_view>
 
 using namespace vignar;
 
-int main(int argc, char **argv)
+int main(int, char **argv)
 {
-    const QCoreApplication application(argc, argv);
-    const QStringList arguments = application.arguments();
-    const bool isDesktop = arguments.value(1) == QLatin1String("desktop");
+    const bool isDesktop = std::string_view(argv[1]) == "desktop";
     startLogs(isDesktop ? StandardStreams::redirect : StandardStreams::keep);
     if (isDesktop)
         redirectStdoutToFile(detailedLogPath());
-    logLine(u"%@", arguments.value(2));
-    summaryLogAppend(QLatin1Char('\n') + arguments.value(2));
+    const QString line = QString::fromLocal8Bit(argv[2]);
+    logLine(u"%@", line);
+    summaryLogAppend(QLatin1Char('\n') + line);
     std::puts("printed");
     std::fflush(stdout);
-    std::cin.get();
+    std::getchar();
     return 0;
 }

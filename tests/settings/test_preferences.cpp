@@ -1,8 +1,10 @@
 #include "capturedLog.h"
 
 #include "settings/preferenceFile.h"
+#include "settings/preferencePanel.h"
 #include "settings/preferences.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QLockFile>
@@ -14,12 +16,36 @@
 using namespace vignar;
 using namespace Qt::StringLiterals;
 
+namespace
+{
+
+class FakePanel : public PreferencePanel
+{
+public:
+    void setControl(const QString &key, const QVariant &value) override { controls[key] = value; }
+    QVariant control(const QString &key) const override { return controls.value(key); }
+    int segmentCount(const QString &) const override { return 4; }
+    void perform(Action) override {}
+
+    Dico controls;
+};
+
+/// What the panel shows for one stored value.
+QVariant shown(const QString &key, const QVariant &stored)
+{
+    FakePanel panel;
+    prefs2GuiApp(panel, Dico{{key, stored}});
+    return panel.controls.value(key);
+}
+
+} // namespace
+
 class PreferencesTest : public QObject
 {
     Q_OBJECT
 
 private:
-    std::unique_ptr<QTemporaryDir> m_folder;
+    QTemporaryDir m_folder;
     QString m_path;
 
     void put(const QByteArray &content) const
@@ -32,69 +58,47 @@ private:
 private Q_SLOTS:
     void init()
     {
-        m_folder = std::make_unique<QTemporaryDir>();
-        m_path = m_folder->filePath(u"preferences.json"_s);
+        m_path = m_folder.filePath(QString::fromLatin1(QTest::currentTestFunction()));
         setSharedPreferenceStore(nullptr);
-    }
-
-    void valuesSurviveARestart_data()
-    {
-        QTest::addColumn<QVariant>("written");
-        QTest::addColumn<QVariant>("expected");
-        const auto same = [](const char *name, const QVariant &value) {
-            QTest::newRow(name) << value << value;
-        };
-        same("flag", true);
-        same("int", 1280);
-        same("large number", 5'000'000'000LL);
-        same("real", 0.1);
-        same("text", u"Dossier d’été / 50 % \"\\\n"_s);
-        same("empty text", u""_s);
-        same("nested", Dico{{u"0"_s, Dico{{u"n"_s, 3}, {u"l"_s, QVariantList{1, u"a"_s}}}}});
-        QTest::newRow("texts become a list") << QVariant(QStringList{u"-i"_s, u"a b"_s})
-                                             << QVariant(QVariantList{u"-i"_s, u"a b"_s});
     }
 
     void valuesSurviveARestart()
     {
-        QFETCH(QVariant, written);
-        QFETCH(QVariant, expected);
-        FilePreferenceStore store(m_path);
-        store.setValue(u"key"_s, written);
-        const QVariant atOnce = store.value(u"key"_s);
-        const QVariant later = FilePreferenceStore(m_path).value(u"key"_s);
-        QCOMPARE(later, expected);
-        QCOMPARE(later.typeId(), expected.typeId());
-        QCOMPARE(atOnce.typeId(), later.typeId());
+        const Dico nested{{u"n"_s, 3}, {u"l"_s, QVariantList{1, u"a"_s}}};
+        for (const QVariant &written :
+             {QVariant(true), QVariant(1280), QVariant(5'000'000'000LL), QVariant(0.1),
+              QVariant(u"d’été / 50 % \"\\\n"_s), QVariant(u""_s), QVariant(nested),
+              QVariant(QStringList{u"-i"_s})}) {
+            FilePreferenceStore store(m_path);
+            store.setValue(u"key"_s, written);
+            const QVariant later = FilePreferenceStore(m_path).value(u"key"_s);
+            const bool isTexts = written.typeId() == QMetaType::QStringList;
+            const QVariant expected = isTexts ? QVariant(written.toList()) : written;
+            QCOMPARE(later, expected);
+            QCOMPARE(later.typeId(), expected.typeId());
+            QCOMPARE(store.value(u"key"_s).typeId(), expected.typeId());
+        }
         QVERIFY(!QFile::permissions(m_path).testAnyFlags(QFile::ReadGroup | QFile::ReadOther));
-    }
-
-    void brokenFilesAreKeptAside_data()
-    {
-        QTest::addColumn<QByteArray>("content");
-        QTest::newRow("cut short") << QByteArray("{\"prefSuffix\": \"ind");
-        QTest::newRow("no object") << QByteArray("[1, 2]");
-        QTest::newRow("nested without end") << QByteArray(200'000, '[');
-        QTest::newRow("too large") << QByteArray(preferenceFileLimit + 1, ' ');
     }
 
     void brokenFilesAreKeptAside()
     {
-        QFETCH(QByteArray, content);
-        put("earlier");
-        QVERIFY(QFile::rename(m_path, m_path + u".broken"_s));
-        put(content);
-
-        QVERIFY(readPreferenceFile(m_path, BrokenFile::leave).isEmpty());
-        CapturedLog log;
-        FilePreferenceStore store(m_path);
-        store.setValue(u"prefSuffix"_s, u"new"_s);
-        QCOMPARE(log.lines.size(), 1);
-        QFile aside(m_path + u".broken-2"_s);
-        QVERIFY(aside.open(QIODevice::ReadOnly));
-        QCOMPARE(aside.readAll(), content);
-        QCOMPARE(QFileInfo(m_path + u".broken"_s).size(), 7);
-        QCOMPARE(FilePreferenceStore(m_path).value(u"prefSuffix"_s), u"new"_s);
+        for (const QByteArray &content :
+             {QByteArray("{\"prefSuffix\": \"ind"), QByteArray("[1, 2]"), QByteArray(200'000, '['),
+              QByteArray(preferenceFileLimit + 1, ' ')}) {
+            m_path += u'_';
+            put("earlier");
+            QVERIFY(QFile::rename(m_path, m_path + u".broken"_s));
+            put(content);
+            QVERIFY(readPreferenceFile(m_path, BrokenFile::leave).isEmpty());
+            CapturedLog log;
+            FilePreferenceStore(m_path).setValue(u"prefSuffix"_s, u"new"_s);
+            QCOMPARE(log.lines.size(), 1);
+            QFile aside(m_path + u".broken-2"_s);
+            QVERIFY(aside.open(QIODevice::ReadOnly) && aside.readAll() == content);
+            QCOMPARE(QFileInfo(m_path + u".broken"_s).size(), 7);
+            QCOMPARE(FilePreferenceStore(m_path).value(u"prefSuffix"_s), u"new"_s);
+        }
     }
 
     void whatCannotBeReadIsNeverReplaced()
@@ -106,9 +110,8 @@ private Q_SLOTS:
         store.setValue(u"a"_s, 1);
         store.setValue(u"b"_s, 2);
         QCOMPARE(store.keys(), (QStringList{u"a"_s, u"b"_s}));
-        QVERIFY(store.hasUnappliedChanges());
         QCOMPARE(log.count(u"kept in memory"_s), 1);
-        QVERIFY(!QFileInfo(m_path).isFile());
+        QVERIFY(store.hasUnappliedChanges() && !QFileInfo(m_path).isFile());
     }
 
     void storesOfOneFileKeepEachOthersValues()
@@ -117,7 +120,6 @@ private Q_SLOTS:
         FilePreferenceStore second(m_path);
         first.setValue(u"a"_s, 1);
         second.setValue(u"b"_s, 2);
-        first.removeValue(u"missing"_s);
         first.setValue(u"a"_s, 3);
         second.removeValue(u"b"_s);
         first.setValue(u"c"_s, 4);
@@ -148,48 +150,68 @@ private Q_SLOTS:
         QCOMPARE(prefWriteChildDico(key, u"a"_s, 1), 1);
         QCOMPARE(prefWriteChildDico(key, u"b"_s, u"100%@"_s), 1);
         QCOMPARE(prefRead(key).toMap(), (Dico{{u"a"_s, 1}, {u"b"_s, u"100%@"_s}}));
-        QCOMPARE(prefDeleteChildDico0(key, u"missing"_s), 1);
-        QCOMPARE(prefDeleteChildDico0(key, u"a"_s), 1);
-        QCOMPARE(prefRead(key).toMap().keys(), QStringList{u"b"_s});
-        prefWriteDico(key, Dico{{u"c"_s, 2}});
-        QCOMPARE(prefRead(key).toMap().keys(), QStringList{u"c"_s});
+        QCOMPARE(prefDeleteChildDico0(key, u"x"_s) + prefDeleteChildDico0(key, u"a"_s), 2);
+        QCOMPARE(prefRead(key).toMap(), (Dico{{u"b"_s, u"100%@"_s}}));
     }
 
     void nullsAreRefused()
     {
-        QCOMPARE(prefWrite({}, 1), 0);
-        QCOMPARE(prefWrite(u"key"_s, QString()), 0);
+        QCOMPARE(prefWrite({}, 1) + prefWrite(u"key"_s, QString()), 0);
         QCOMPARE(prefWriteChildDico(u"key"_s, u"child"_s, {}), 0);
         QVERIFY(sharedPreferenceStore().keys().isEmpty());
-        QVERIFY(!prefReadStr(u"key"_s).isNull());
-    }
-
-    void propertyListsAreRead_data()
-    {
-        QTest::addColumn<QByteArray>("body");
-        QTest::addColumn<QVariant>("expected");
-        QTest::newRow("kinds") << QByteArray("<dict><key>a</key><array><string>é &amp; è</string>"
-                                             "<integer>-7</integer><real>1.5</real><true/><false/>"
-                                             "<data>\n aGk=\n</data></array></dict>")
-                               << QVariant(Dico{{u"a"_s, QVariantList{u"é & è"_s, -7LL, 1.5, true,
-                                                                      false, QByteArray("hi")}}});
-        QTest::newRow("a numeric date of birth")
-            << QByteArray("<dict><key>Birthdate</key><integer>1970</integer></dict>")
-            << QVariant(Dico{{u"Birthdate"_s, 1564.0}});
-        QTest::newRow("no number")
-            << QByteArray("<dict><key>a</key><integer>x</integer></dict>") << QVariant();
-        QTest::newRow("nested without end")
-            << "<dict><key>a</key>" + QByteArray("<array>").repeated(100'000) << QVariant();
     }
 
     void propertyListsAreRead()
     {
-        QFETCH(QByteArray, body);
-        QFETCH(QVariant, expected);
-        put("<?xml version=\"1.0\" encoding=\"UTF-8\"?><plist version=\"1.0\">" + body +
-            "</plist>");
-        const auto list = readPlist(m_path);
-        QCOMPARE(list ? QVariant(*list) : QVariant(), expected);
+        const auto read = [this](const QByteArray &value) {
+            put("<?xml version=\"1.0\" encoding=\"UTF-8\"?><plist version=\"1.0\"><dict>"
+                "<key>Birthdate</key>" +
+                value + "</dict></plist>");
+            return readPlist(m_path).value_or(Dico()).value(u"Birthdate"_s);
+        };
+        QCOMPARE(read("<array><string>é &amp; è</string><integer>-7</integer><real>1.5</real>"
+                      "<true/><false/><data>\n aGk=\n</data></array>"),
+                 (QVariantList{u"é & è"_s, -7LL, 1.5, true, false, QByteArray("hi")}));
+        QCOMPARE(read("<integer>1970</integer>"), 1564.0); // A numeric date of birth.
+        QVERIFY(!read("<integer>x</integer>").isValid());
+        QVERIFY(!read(QByteArray("<array>").repeated(100'000)).isValid());
+    }
+
+    void thePanelShowsOnlyWhatIsValid()
+    {
+        QCOMPARE(shown(Prefs::prefColor, 7), 1); // Beyond the last segment.
+        QCOMPARE(shown(Prefs::prefColor, {}), 1);
+        QCOMPARE(shown(Prefs::prefCheckMatrix, 2147483647), 3); // No segment at all.
+        QCOMPARE(shown(Prefs::prefDerushInterval, 0), 20);
+        QCOMPARE(shown(Prefs::update, {}), 1);
+        QCOMPARE(shown(Prefs::pageBkgColor, u"0A0b0c"_s), u"0a0b0c"_s);
+        QCOMPARE(shown(Prefs::prefBorderColor, u"red wine"_s), u"b3b3b3"_s);
+
+        // The folder of the product's own name is made when it is needed.
+        const QString home = QDir::homePath();
+        for (const QString &path : {home, home + u"/Vignar/"_s})
+            QCOMPARE(shown(Prefs::prefDefautDstPathStr, path), path);
+        for (const QString &path : {home + u"/gone"_s, home + u"/gone/Vignar"_s})
+            QCOMPARE(shown(Prefs::prefDefautDstPathStr, path), home + u"/Movies/"_s);
+    }
+
+    void thePanelReadsBackWhatItShows()
+    {
+        FakePanel panel;
+        prefs2GuiApp(panel, prefDefaults());
+        Dico expected = prefDefaults();
+        for (const auto *key : {"rateDeclined", "ratedVersion", "rateVersion"})
+            expected.remove(QString::fromLatin1(key));
+        expected[Prefs::prefColor] = 1;
+        QCOMPARE(*prefs2GuiApp(panel, std::nullopt), expected);
+
+        // A mixed check box is on, unless it plans thumbnails.
+        panel.setControl(Prefs::prefDerushInterval, -5);
+        for (const QString &key : {u"prefLimitAuto"_s, u"prefDerush"_s, u"pageName"_s}) {
+            panel.setControl(key, -1);
+            expected[key] = key == u"pageName"_s ? 1 : 0;
+        }
+        QCOMPARE(*prefs2GuiApp(panel, std::nullopt), expected);
     }
 };
 
