@@ -71,7 +71,7 @@ private Q_SLOTS:
         add("interval, switched off", "'thDerushInterval': 5", "#16 free");
 
         const QByteArray six = "'thNumberInt': 6, 'w_duration': ";
-        add("forty seconds apart", six + "240", "at 10 40 80 120 160 200 last");
+        add("far apart", six + "600", "at 10 100 200 300 400 500 last");
         add("kept from the end", six + "3", "at 0.125 0.5 1 1.5 2 2 last 0:00:02.00");
         add("under a second", six + "0.5", "at 0 0 0 0 0 0 last 0:00:00.00");
 
