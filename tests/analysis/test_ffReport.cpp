@@ -84,10 +84,8 @@ private Q_SLOTS:
     void readsRealReports()
     {
         QFETCH(QByteArray, expected);
-        const auto infos =
-            parseFfReport(storedReport(QString::fromLatin1(QTest::currentDataTag())));
-        QVERIFY(infos);
-        compareEntries(*infos, expected);
+        const QString report = storedReport(QString::fromLatin1(QTest::currentDataTag()));
+        compareEntries(parseFfReport(report).value_or(Dico()), expected);
     }
 
     void readsLinesOfEveryVersion_data()
