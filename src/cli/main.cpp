@@ -7,12 +7,13 @@
 #include "settings/preferenceFile.h"
 #include "tasks/workFolder.h"
 
-#include <QDir>
 #include <QFileInfo>
 #include <QGuiApplication>
+#include <QTemporaryDir>
 
 #include <clocale>
 #include <cstdio>
+#include <optional>
 
 using namespace vignar;
 using namespace Qt::StringLiterals;
@@ -50,26 +51,27 @@ void startOwnLogs(bool isVerbose)
 }
 
 /// Outside a desktop session the toolkit makes a runtime folder of its own among the
-/// temporary files and leaves it there. While this lives it is told of one that it may
-/// not use, and makes none.
+/// temporary files and leaves it there. While this lives it is lent one that goes away.
 class RuntimeFolderStandIn
 {
 public:
-    RuntimeFolderStandIn() : m_isNeeded(qEnvironmentVariableIsEmpty(variable))
+    RuntimeFolderStandIn()
     {
-        if (m_isNeeded)
-            qputenv(variable, QFile::encodeName(QDir::tempPath()));
+        if (!qEnvironmentVariableIsEmpty(variable))
+            return;
+        m_folder.emplace();
+        qputenv(variable, QFile::encodeName(m_folder->path()));
     }
     ~RuntimeFolderStandIn()
     {
-        if (m_isNeeded)
+        if (m_folder)
             qunsetenv(variable);
     }
     Q_DISABLE_COPY_MOVE(RuntimeFolderStandIn)
 
 private:
     static constexpr const char *variable = "XDG_RUNTIME_DIR";
-    bool m_isNeeded;
+    std::optional<QTemporaryDir> m_folder;
 };
 
 /// The user's preferences and the run's own, in memory: nothing is written back, so that
