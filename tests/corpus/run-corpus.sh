@@ -14,13 +14,13 @@ layouts=("${@:4}")
 
 home=$(mktemp -d "${TMPDIR:-/tmp}/vignar-corpus.XXXXXX")
 trap 'rm -rf -- "$home"' EXIT
-mkdir -m 700 "$home/tmp" "$home/run"
+mkdir "$home/tmp"
 faults=0
 fault() { printf 'FAULT %s\n' "$*" >&2; faults=$((faults + 1)); }
 
 # The program alone gets the private home, so that its processes can be told by it.
 vignar() {
-    env HOME="$home" TMPDIR="$home/tmp" XDG_RUNTIME_DIR="$home/run" \
+    env -u XDG_RUNTIME_DIR HOME="$home" TMPDIR="$home/tmp" \
         XDG_CONFIG_HOME="$home/config" XDG_STATE_HOME="$home/state" \
         XDG_DATA_HOME="$home/data" XDG_CACHE_HOME="$home/cache" "$cli" "$@" </dev/null
 }
