@@ -23,8 +23,10 @@ struct SheetOutcome {
     QString reason;
     /// Path of the sheet made or kept, else empty.
     QString sheet;
-    /// Path of the disk picture, empty when none was made.
+    /// Path of the disk picture made or kept, else empty.
     QString diskPicture;
+    /// A file bore the disk picture's name already, and was kept.
+    bool isDiskPictureKept = false;
     int layout = mixLayout;
     bool isPdf = false;
     /// Pictures on the sheet, and pictures planned that could not be had.

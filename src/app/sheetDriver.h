@@ -119,7 +119,6 @@ private:
     int m_layout = mixLayout;
     int m_dpi = 0;
     SheetTarget m_target;
-    bool m_isDiskPictureKept = false;
     ExtractionFolder m_folder;
     int m_planned = 0;
     int m_passesDone = 0;

@@ -79,6 +79,8 @@ StepEnd SheetDriver::beginRow()
     prefDeleteChildDico0(RunKeys::processEncDico, Keys::encDeb);
     prefWrite(RunKeys::encFin, 1);
     m_outlets.setActionText(RunnerKind::main, QFileInfo(m_outcome->source).fileName());
+    m_outlets.setStepsText({});
+    m_outlets.setProgressMaximum(ProgressBar::steps, 0);
     if (const Result<void> prepared = prepareRow(); !prepared)
         return failRow(prepared.reason(), m_outcome->status);
     return StepEnd::again;
@@ -130,8 +132,9 @@ Result<void> SheetDriver::askToReplace(const SheetTarget &target)
         m_outcome->sheet = sheet;
         return Failure{localised(u"V_reason_kept"_s)};
     }
-    m_isDiskPictureKept = isDiskPictureWanted() && QFileInfo::exists(target.diskPicturePath) &&
-                          !mayReplace(target.diskPicturePath);
+    m_outcome->isDiskPictureKept = isDiskPictureWanted() &&
+                                   QFileInfo::exists(target.diskPicturePath) &&
+                                   !mayReplace(target.diskPicturePath);
     return {};
 }
 
@@ -176,7 +179,7 @@ Result<void> SheetDriver::planRow()
     m_planned = plan.thumbnails.count;
     m_passesDone = 0;
     if (m_planned < 1)
-        return Failure{localised(u"V_reason_noThumbnail"_s)};
+        return Failure{localised(u"V_reason_noRow"_s)};
     if (!plan.ffmpegPasses.isEmpty())
         prefWriteChildDico(RunKeys::processEncDico, Keys::appvgThFf, plan.ffmpegPasses);
     if (!plan.grabberPasses.isEmpty())

@@ -138,9 +138,10 @@ Dico SheetDriver::displayOfSheet() const
 
 void SheetDriver::makeDiskPicture(const QString &pictureFolder)
 {
-    if (!isDiskPictureWanted() || m_isDiskPictureKept)
+    if (!isDiskPictureWanted())
         return;
-    if (multimediaDiskThumb(pictureFolder, m_target.diskPicturePath))
+    if (m_outcome->isDiskPictureKept ||
+        multimediaDiskThumb(pictureFolder, m_target.diskPicturePath))
         m_outcome->diskPicture = m_target.diskPicturePath;
 }
 

@@ -183,6 +183,9 @@ void CommandSession::sheetFinished(const SheetOutcome &outcome)
             u"vignar-cli: %1: %2 of %3 thumbnails could not be extracted"_s.arg(outcome.source)
                 .arg(outcome.missing)
                 .arg(outcome.missing + outcome.thumbnails));
+    if (outcome.status == Status::made && outcome.isDiskPictureKept)
+        m_progress.print(u"vignar-cli: %1: %2"_s.arg(
+            outcome.source, filled(localised(u"V_reason_diskPictureKept"_s), outcome.diskPicture)));
     if (outcome.status == Status::kept)
         m_progress.print(u"vignar-cli: %1: %2"_s.arg(outcome.source, outcome.reason));
     else if (outcome.status != Status::made)

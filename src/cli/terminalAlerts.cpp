@@ -2,8 +2,6 @@
 
 #include "cli/terminal.h"
 
-#include <QStringList>
-
 #include <poll.h>
 #include <unistd.h>
 
@@ -18,12 +16,11 @@ namespace
 /// The choices as they are typed: a number, and a "!" behind it for all that follow.
 QString choiceList(const AlertRequest &request)
 {
-    QStringList choices{u"[1] "_s + request.defaultButton, u"[2] "_s + request.alternateButton};
-    if (request.isSuppressible)
-        choices.append(u"[1!] [2!] "_s + request.otherButton);
-    else if (!request.otherButton.isEmpty())
-        choices.append(u"[3] "_s + request.otherButton);
-    return choices.join(u"  "_s);
+    const QString choices = u"[1] %1  [2] %2"_s.arg(request.defaultButton, request.alternateButton);
+    if (request.otherButton.isEmpty())
+        return choices;
+    return choices + (request.isSuppressible ? u"  [1!] [2!] = %1"_s : u"  [3] %1"_s)
+                         .arg(request.otherButton);
 }
 
 /// A typed line, or null when the time is over, input ends or a signal came.
@@ -54,12 +51,14 @@ TerminalAlerts::TerminalAlerts(ProgressLine &line) : m_line(line) {}
 
 AlertAnswer TerminalAlerts::present(const AlertRequest &request)
 {
+    // Without anybody to answer, a question is noise: what became of it is told later.
+    const bool isQuestion = !request.alternateButton.isEmpty();
+    if (isQuestion && !(m_line.isTerminal() && isatty(STDIN_FILENO)))
+        return {};
     const QString text =
         request.text.isEmpty() ? request.title : request.title + u": "_s + request.text;
     m_line.print(text.simplified());
-    const bool isQuestion = !request.alternateButton.isEmpty();
-    const bool canAnswer = m_line.isTerminal() && isatty(STDIN_FILENO);
-    return isQuestion && canAnswer ? ask(request) : AlertAnswer{};
+    return isQuestion ? ask(request) : AlertAnswer{};
 }
 
 AlertAnswer TerminalAlerts::ask(const AlertRequest &request)
