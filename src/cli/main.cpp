@@ -12,6 +12,7 @@
 #include <QTemporaryDir>
 
 #include <clocale>
+#include <csignal>
 #include <cstdio>
 #include <optional>
 
@@ -112,6 +113,9 @@ int runCommand(const CommandLine &line)
 
 int main(int argc, char **argv)
 {
+    // Whoever reads the results may leave early; the sheets are still wanted, and so is
+    // the cleaning up behind them.
+    std::signal(SIGPIPE, SIG_IGN);
     const Result<CommandLine> line = parseCommandLine(argumentsAfterProgram(argc, argv));
     if (!line)
         return complain(line.reason());
