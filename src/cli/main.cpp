@@ -7,8 +7,9 @@
 #include "settings/preferenceFile.h"
 #include "tasks/workFolder.h"
 
-#include <QFileInfo>
+#include <QFile>
 #include <QGuiApplication>
+#include <QJsonDocument>
 #include <QTemporaryDir>
 
 #include <clocale>
@@ -86,6 +87,13 @@ void setUpPreferences(const CommandLine &line)
     setSharedPreferenceStore(std::make_unique<MemoryPreferenceStore>(values));
 }
 
+/// A file that the user names must be one; his own may be missing or broken.
+bool holdsPreferences(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) && QJsonDocument::fromJson(file.readAll()).isObject();
+}
+
 int complain(const QString &fault)
 {
     ProgressLine().print(u"vignar-cli: %1"_s.arg(fault));
@@ -123,7 +131,7 @@ int main(int argc, char **argv)
         std::puts("vignar-cli " VIGNAR_VERSION);
         return allMade;
     }
-    if (!line->preferenceFile.isEmpty() && !QFileInfo(line->preferenceFile).isReadable())
+    if (!line->preferenceFile.isEmpty() && !holdsPreferences(line->preferenceFile))
         return complain(u"the preferences '%1' cannot be read"_s.arg(line->preferenceFile));
 
     // Drawing text needs a GUI application, but no screen; the user's arguments are ours
