@@ -3,11 +3,11 @@
 #include "settings/preferenceStore.h"
 #include "settings/preferences.h"
 #include "settings/stringTables.h"
+#include "support/folderListing.h"
 #include "support/recordingOutlets.h"
 #include "tasks/workFolder.h"
 
 #include <QDir>
-#include <QDirIterator>
 #include <QFile>
 #include <QImageReader>
 #include <QProcess>
@@ -30,17 +30,6 @@ bool makeClip(const QString &path, const QString &source, const QStringList &arg
     all += arguments;
     all += path;
     return QProcess::execute(u"ffmpeg"_s, all) == 0;
-}
-
-QStringList filesUnder(const QString &folder)
-{
-    QStringList names;
-    QDirIterator walk(folder, QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot,
-                      QDirIterator::Subdirectories);
-    while (walk.hasNext())
-        names.append(QDir(folder).relativeFilePath(walk.next()));
-    names.sort();
-    return names;
 }
 
 } // namespace

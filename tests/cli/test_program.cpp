@@ -1,5 +1,6 @@
+#include "support/folderListing.h"
+
 #include <QDir>
-#include <QDirIterator>
 #include <QFile>
 #include <QImageReader>
 #include <QJsonArray>
@@ -12,6 +13,7 @@
 #include <csignal>
 
 using namespace Qt::StringLiterals;
+using vignar::filesUnder;
 
 namespace
 {
@@ -43,17 +45,6 @@ Run vignar(const QStringList &arguments)
     QProcess process;
     process.start(QStringLiteral(VIGNAR_CLI), arguments);
     return finished(process);
-}
-
-QStringList filesUnder(const QString &folder)
-{
-    QStringList names;
-    QDirIterator walk(folder, QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot,
-                      QDirIterator::Subdirectories);
-    while (walk.hasNext())
-        names.append(QDir(folder).relativeFilePath(walk.next()));
-    names.sort();
-    return names;
 }
 
 } // namespace
