@@ -40,7 +40,7 @@ Run finished(QProcess &process)
     return run;
 }
 
-Run vignar(const QStringList &arguments)
+Run runVignar(const QStringList &arguments)
 {
     QProcess process;
     process.start(QStringLiteral(VIGNAR_CLI), arguments);
@@ -91,9 +91,9 @@ void TestProgram::cleanup()
 
 void TestProgram::makesSheetsAndTellsOfTheRest()
 {
-    const Run run = vignar({u"sheet"_s, u"--json"_s, u"-o"_s, m_out->path(), u"-l"_s, u"min"_s,
-                            u"--set"_s, u"prefComputerWidthAuto=0"_s, u"--set"_s,
-                            u"prefComputerWidth=640"_s, m_clips.path()});
+    const Run run = runVignar({u"sheet"_s, u"--json"_s, u"-o"_s, m_out->path(), u"-l"_s, u"min"_s,
+                               u"--set"_s, u"prefComputerWidthAuto=0"_s, u"--set"_s,
+                               u"prefComputerWidth=640"_s, m_clips.path()});
     QCOMPARE(run.status, 1);
     QCOMPARE(run.lines.size(), 2);
     QCOMPARE(run.lines[0][u"status"_s], u"refused"_s);
@@ -110,13 +110,13 @@ void TestProgram::keepsAnExistingSheetWithoutATerminal()
 {
     const QStringList arguments{u"sheet"_s, u"--json"_s, u"-o"_s, m_out->path(),
                                 u"-f"_s,    u"pdf"_s,    m_clip};
-    const Run first = vignar(arguments);
+    const Run first = runVignar(arguments);
     QCOMPARE(first.status, 0);
     QFile sheet(first.lines.value(0)[u"sheet"_s].toString());
     QVERIFY(sheet.fileName().endsWith(u".pdf"_s) && sheet.open(QIODevice::ReadOnly));
     const QByteArray before = sheet.readAll();
     QVERIFY(before.startsWith("%PDF"));
-    const Run second = vignar(arguments);
+    const Run second = runVignar(arguments);
     QCOMPARE(second.status, 0);
     QCOMPARE(second.lines.value(0)[u"status"_s], u"kept"_s);
     QVERIFY(sheet.seek(0));
@@ -129,7 +129,7 @@ void TestProgram::keepsAnExistingSheetWithoutATerminal()
 void TestProgram::planIsWhatIsExtracted()
 {
     const Run run =
-        vignar({u"plan"_s, u"--json"_s, u"-o"_s, m_out->path(), u"-l"_s, u"med"_s, m_clip});
+        runVignar({u"plan"_s, u"--json"_s, u"-o"_s, m_out->path(), u"-l"_s, u"med"_s, m_clip});
     QCOMPARE(run.status, 0);
     const QJsonObject plan = run.lines.value(0);
     QCOMPARE(plan[u"columns"_s], 3);
@@ -144,7 +144,7 @@ void TestProgram::planIsWhatIsExtracted()
 
 void TestProgram::analysePrintsTheRecord()
 {
-    const Run run = vignar({u"analyse"_s, u"--json"_s, m_clip});
+    const Run run = runVignar({u"analyse"_s, u"--json"_s, m_clip});
     QCOMPARE(run.status, 0);
     QCOMPARE(run.lines.value(0)[u"status"_s], u"analysed"_s);
     const QJsonObject record = run.lines.value(0)[u"record"_s].toObject();
@@ -166,11 +166,11 @@ void TestProgram::interruptLeavesNothing()
 
 void TestProgram::wrongArgumentsAndMissingDestination()
 {
-    QCOMPARE(vignar({u"sheet"_s, u"-l"_s, u"huge"_s, m_clip}).status, 2);
-    QCOMPARE(vignar({u"--prefs"_s, u"/no/such/file"_s, u"sheet"_s, m_clip}).status, 2);
-    QCOMPARE(vignar({u"--version"_s}).status, 0);
+    QCOMPARE(runVignar({u"sheet"_s, u"-l"_s, u"huge"_s, m_clip}).status, 2);
+    QCOMPARE(runVignar({u"--prefs"_s, u"/no/such/file"_s, u"sheet"_s, m_clip}).status, 2);
+    QCOMPARE(runVignar({u"--version"_s}).status, 0);
     const QString missing = m_out->filePath(u"missing"_s);
-    const Run run = vignar({u"sheet"_s, u"--json"_s, u"-o"_s, missing, m_clip});
+    const Run run = runVignar({u"sheet"_s, u"--json"_s, u"-o"_s, missing, m_clip});
     QCOMPARE(run.status, 1);
     QCOMPARE(run.lines.value(0)[u"status"_s], u"failed"_s);
     QVERIFY(!QFile::exists(missing));
