@@ -121,9 +121,9 @@ void TestProgram::keepsAnExistingSheetWithoutATerminal()
     QCOMPARE(second.lines.value(0)[u"status"_s], u"kept"_s);
     QVERIFY(sheet.seek(0));
     QCOMPARE(sheet.readAll(), before);
-    QCOMPARE(
-        vignar(arguments + QStringList{u"--existing"_s, u"replace"_s}).lines.value(0)[u"status"_s],
-        u"made"_s);
+    QCOMPARE(runVignar(arguments + QStringList{u"--existing"_s, u"replace"_s})
+                 .lines.value(0)[u"status"_s],
+             u"made"_s);
 }
 
 void TestProgram::planIsWhatIsExtracted()
