@@ -104,15 +104,20 @@ void TestCommandLine::recordIsGroupedWithUnits()
     SourceDico record;
     write(record, Keys::srcPathStr, u"/v/a.mp4"_s);
     write(record, Keys::w_duration, 12.5);
-    write(record, Keys::a_rate, 0, 48000);
     write(record, Keys::v_width, 0, 640);
+    write(record, Keys::a_rate, 0, 48000);
+    write(record, Keys::a_id, 0, 2);
+    // Offsets are filed under the stream's number in the file.
+    record.insert(u"a2_offsetMs"_s, -20);
     const QStringList lines = recordText(record).split(u'\n');
-    QCOMPARE(lines.size(), 7);
+    QCOMPARE(lines.size(), 9);
     QCOMPARE(lines[1].trimmed(), u"container"_s);
-    QVERIFY(lines[2].endsWith(u"12.5 s"_s));
+    QVERIFY(lines[2].endsWith(u"12.5 seconds (00:00:12.50)"_s));
     QCOMPARE(lines[3].trimmed(), u"video 0"_s);
     QVERIFY(lines[4].endsWith(u"640 pixels"_s));
+    QCOMPARE(lines[5].trimmed(), u"audio 0"_s);
     QVERIFY(lines[6].endsWith(u"48000 Hz"_s));
+    QVERIFY(lines[7].endsWith(u"-20 milliseconds"_s));
 }
 
 QTEST_GUILESS_MAIN(TestCommandLine)
