@@ -46,6 +46,16 @@ remake() {
 }
 
 
+# joined NAME EXTENSION SOURCE…: the files laid end to end, as cards and recorders leave
+# them: the time stamps start again in the middle.
+joined() {
+    local name=$1 extension=$2
+    shift 2
+    [ ! -e "good/$name$extension" ] || return 0
+    (cd good && cat -- "$@") >"parts/new$extension"
+    finish good "$extension" "$name"
+}
+
 first_half() { head -c $(($(stat -c %s "$1") / 2)) "$1" >"$2"; }
 
 # What cameras, phones, discs and the net hand out.
@@ -90,6 +100,45 @@ if [ $quick = no ]; then
     clip 'mpeg1' .mpg mpeg1video 352x288 8 -q:v 5 -c:a mp2
     clip 'phone of old' .3gp h263 352x288 8 -q:v 5 -an
     clip 'a minute' .mp4 libx264 160x90 60 -preset ultrafast -an -r 5 -crf 40
+fi
+
+# What lies about itself.
+clip 'old camcorder' .mod mpeg2video 720x576 6 -q:v 5 -aspect 16:9 -c:a ac3 -f vob
+clip 'bare mpeg2' .m2v mpeg2video 720x576 6 -q:v 5 -g 12 -an
+joined 'two titles in one' .vob 'mpeg2 interlaced.vob' 'mpeg2 interlaced.vob'
+joined 'dash cam' .ts 'starts late.ts' 'one key picture.ts'
+clip 'uneven frame times' .mp4 libx264 640x360 8 -preset ultrafast -an \
+    -vf "select='lt(n,50)+not(mod(n,4))'" -vsync vfr
+if [ ! -e 'good/cover first.mp4' ]; then
+    ff -f lavfi -i color=red:s=300x300 -frames:v 1 parts/cover.png
+    ff -i parts/cover.png -i good/h264.mp4 -map 0 -map 1 -c copy -disposition:v:0 attached_pic \
+        parts/new.mp4
+    finish good .mp4 'cover first'
+fi
+if [ $quick = no ]; then
+    hdr=(-preset ultrafast -pix_fmt yuv420p10le -color_primaries bt2020 -colorspace bt2020nc -an)
+    clip 'phone hdr' .mov libx265 1280x720 4 "${hdr[@]}" -color_trc arib-std-b67 -tag:v hvc1 \
+        -x265-params log-level=error:colorprim=bt2020:transfer=arib-std-b67:colormatrix=bt2020nc
+    clip 'hdr10' .mkv libx265 1280x720 4 "${hdr[@]}" -color_trc smpte2084 \
+        -x265-params log-level=error:colorprim=bt2020:transfer=smpte2084:colormatrix=bt2020nc:max-cll=1000,400
+    clip 'screen recording' .mp4 libx264 1280x720 40 -preset ultrafast -g 9999 -an
+    clip 'high definition camcorder' .tod mpeg2video 1440x1080 4 -q:v 5 -aspect 16:9 -c:a mp2 \
+        -f mpegts
+    clip 'disc recorder' .vro mpeg2video 704x480 4 -q:v 5 -aspect 4:3 -c:a mp2 -f vob
+    clip 'broadcast' .mxf mpeg2video 1920x1080 2 -q:v 5 -c:a pcm_s16le -ar 48000
+    clip 'disc' .m2ts libx264 1280x720 4 -preset ultrafast -g 12 -c:a ac3 -f mpegts
+    clip 'bare mpeg1' .m1v mpeg1video 352x288 6 -q:v 5 -an
+    clip 'fragments' .mp4 libx264 640x360 8 -preset ultrafast -g 25 -an -movflags frag_keyframe+empty_moov
+    if [ ! -e 'good/five languages.mkv' ]; then
+        ff -i good/h264.mp4 -map 0:v -map 0:a -map 0:a -map 0:a -map 0:a -map 0:a -c copy \
+            -metadata:s:a:0 language=eng -metadata:s:a:1 language=fre -metadata:s:a:2 language=ger \
+            -metadata:s:a:3 language=jpn -metadata:s:a:4 language=ukr parts/new.mkv
+        finish good .mkv 'five languages'
+    fi
+    # Files that are still being written.
+    [ -e 'good/still recording.ts' ] || first_half good/mpeg2.ts 'good/still recording.ts'
+    [ -e 'good/still recording.mp4' ] || first_half good/fragments.mp4 'good/still recording.mp4'
+    [ -e 'good/still recording.avi' ] || first_half good/mpeg4.avi 'good/still recording.avi'
 fi
 
 # Names that a careless program would take for something else.
