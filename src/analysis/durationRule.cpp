@@ -26,6 +26,9 @@ constexpr double measurable = 153600;
 /// Taken where the container states no bit rate.
 constexpr double assumedBitrate = 80640;
 
+/// Bits a pixel below which the duration of a transport stream is doubted.
+constexpr double leastBitsPerPixel = 0.01;
+
 /// A recording file is a small property list; more of it is not looked at.
 constexpr qint64 recordingLimit = 1024 * 1024;
 
@@ -96,6 +99,16 @@ CheckedDuration checkedDvdDuration(double seconds, const DvdFile &file)
     if (estimate > seconds)
         return {.seconds = 2 * estimate, .isTimecodeBroken = true};
     return {.seconds = seconds};
+}
+
+double checkedTransportDuration(double seconds, const TransportStream &stream)
+{
+    const double pixels = seconds * stream.fps * stream.size.width() * stream.size.height();
+    const bool isDoubtful = pixels > 0 && 8.0 * double(stream.bytes) < leastBitsPerPixel * pixels;
+    if (!isDoubtful || !stream.measure || double(stream.bytes) > 1000 * measurableWithDemultiplexer)
+        return seconds;
+    const int measured = stream.measure();
+    return measured > 1 && seconds - measured >= sameDuration ? measured : seconds;
 }
 
 } // namespace vignar

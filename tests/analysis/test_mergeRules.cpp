@@ -35,6 +35,9 @@ private Q_SLOTS:
         row("DV fourcc", u"v0_codec avi"_s, "null, 'dvvideo', 'dvcp', 'dvcp'");
         row("Motion-JPEG flavour", u"v0_codec avi"_s, "null, 'mjpeg', 'mjpa', 'mjpa'");
         row("MPEG-4 flavour", u"v0_codec avi"_s, "null, 'mpeg4', 'divx', 'divx'");
+        row("Motion-JPEG by another name", u"v0_codec avi"_s, "null, 'mjpeg', 'dmb1', 'dmb1'");
+        row("MPEG-2 by another name", u"v0_codec mp4"_s, "null, 'mpeg2video', 'm2s', 'm2s'");
+        row("no codec for ffmpeg", u"v0_codec mp4"_s, "null, 'none', 'smc', 'smc'");
         row("ffmpeg's codec name", u"v0_codec mp4"_s, "null, 'h264', 'avc1', 'h264'");
         row("ffmpeg in doubt", u"v0_codec mov"_s, "null, 'h264', 'avc1', 'avc1'");
         row("standard aspect of ffmpeg", u"v0_dar mov"_s, "null, '16:9', '177:100', '16:9'");
@@ -45,6 +48,8 @@ private Q_SLOTS:
             "'progressive', 'top field first', null, 'progressive'");
         row("interlaced by the MPEG reader", u"v0_fields mpg"_s,
             "'i', 'top field first', null, 'top field first'");
+        row("fields of the framework", u"v0_fields mp4"_s,
+            "null, 'progressive', 'top field first', 'top field first'");
         row("DV sound", u"a0_codec dv"_s, "null, 'pcm_s16le', 'vdva', 'vdva'");
         row("plain sound", u"a0_codec mp4"_s, "null, 'aac', 'aac lc', 'aac'");
         row("sound offset", u"a0_offset mp4"_s, "null, 4.0, 5.0, 4.0");

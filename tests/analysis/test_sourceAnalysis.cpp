@@ -188,6 +188,32 @@ private Q_SLOTS:
         QCOMPARE(m_notices.constFirst().seconds, 60);
     }
 
+    void measuresWhatStatedDurationsCannotBe_data()
+    {
+        QTest::addColumn<QString>("container");
+        QTest::addColumn<QString>("stated");
+        QTest::addColumn<int>("measured");
+        QTest::addColumn<double>("expected");
+        QTest::newRow("not stated") << u"avi"_s << u"N/A"_s << 3600 << 3600.0;
+        QTest::newRow("not measured either") << u"avi"_s << u"N/A"_s << 1 << 1.0;
+        QTest::newRow("time stamps jump") << u"mpegts"_s << u"25:07:31.00"_s << 16 << 16.0;
+        QTest::newRow("hardly differs") << u"mpegts"_s << u"00:00:17.00"_s << 16 << 17.0;
+        QTest::newRow("trusted container") << u"avi"_s << u"25:07:31.00"_s << 16 << 90451.0;
+    }
+
+    void measuresWhatStatedDurationsCannotBe()
+    {
+        QFETCH(QString, container);
+        QFETCH(QString, stated);
+        QFETCH(int, measured);
+        AnalysisReaders readers;
+        readers.durationM2v = [measured](const QString &) { return measured; };
+        QString report = reportOf(u"Video: h264, 640x360, 25 tbr"_s, stated);
+        report.replace(u"#0, avi"_s, u"#0, "_s + container);
+        const auto record = analysed(u"a.ts"_s, report, readers);
+        QTEST(read(*record, Keys::w_duration).value_or(0), "expected");
+    }
+
     void aRecordingBundleKnowsItsDuration()
     {
         const QString recording = emptyFile(u"Show.eyetv/0001.eyetvr"_s);
