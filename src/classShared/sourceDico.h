@@ -45,6 +45,9 @@ inline constexpr Key<int> dec{"dec"};
 inline constexpr Key<int> decSkip{"decSkip"};
 inline constexpr Key<int> ff_vsync{"ff_vsync"};
 inline constexpr Key<int> a0_force{"a0_force"};
+/// Instants that the user has chosen: plan to thumbnail index to seconds; only
+/// sheet/chosenInstants.h looks inside.
+inline constexpr Key<Dico> chosenInstants{"chosenInstants"};
 inline constexpr Key<QString> dstFolderNameStr{"dstFolderNameStr"};
 inline constexpr Key<QString> dstFileNameStr{"dstFileNameStr"};
 

@@ -8,6 +8,8 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 
+#include <cmath>
+
 namespace vignar
 {
 
@@ -20,6 +22,9 @@ constexpr QStringView intraSelection = u"select=eq(pict_type\\,I),";
 
 /// Long enough to hold a key frame of what people record, short enough to decode.
 constexpr double runUpSeconds = 30;
+
+/// More than three decimals round away, less than the time of one picture at 500 a second.
+constexpr double roundingSeconds = 0.001;
 
 /// A name that no tool can take for an option or, as "concat:a", for a protocol.
 QString sourcePath(const SourceDico &source)
@@ -34,6 +39,22 @@ QString sourcePath(const SourceDico &source)
 QStringList literalPathOptions(const QString &outputPath)
 {
     return outputPath.contains(u'%') ? QStringList{u"-update"_s, u"1"_s} : QStringList();
+}
+
+/// The pass entering the source at one place and decoding up to the instant.
+QStringList enteredAt(double entry, double instant, const QStringList &pass, QStringView format)
+{
+    const qsizetype seek = pass.indexOf(u"-ss"_s);
+    const qsizetype input = pass.indexOf(u"-i"_s);
+    QStringList slow = pass;
+    slow.insert(input + 2, u"-ss"_s);
+    slow.insert(input + 3, filled(format, instant - entry));
+    // Entering at 0 is no seek at all: some files cannot even seek there.
+    if (entry > 0)
+        slow[seek + 1] = filled(format, entry);
+    else
+        slow.remove(seek, 2);
+    return slow;
 }
 
 } // namespace
@@ -92,6 +113,18 @@ QStringList ffmpegPass(const SourceDico &source, double instant, const QString &
     return pass << literalPathOptions(outputPath) << u"-y"_s << outputPath;
 }
 
+QStringList exactPass(const SourceDico &source, double instant, const QString &filter,
+                      const QString &outputPath)
+{
+    // ffmpeg takes the first picture that is not before the instant, and the rounding of
+    // the arguments must not make that the next one.
+    const double justBefore = std::max(0.0, instant - roundingSeconds);
+    // A whole number of seconds to enter at leaves one rounding instead of two.
+    const double entry = std::max(0.0, std::floor(justBefore - runUpSeconds));
+    const QStringList pass = ffmpegPass(source, instant, filter, outputPath);
+    return enteredAt(entry, justBefore, withoutIntraSelection(pass), u"%.3f");
+}
+
 QStringList withoutIntraSelection(const QStringList &pass)
 {
     QStringList freed = pass;
@@ -108,16 +141,7 @@ QStringList withRunUp(const QStringList &pass)
     if (seek < 0 || input < seek)
         return pass;
     const double instant = pass.value(seek + 1).toDouble();
-    const double entry = std::max(0.0, instant - runUpSeconds);
-    QStringList slow = pass;
-    slow.insert(input + 2, u"-ss"_s);
-    slow.insert(input + 3, filled(u"%.2f", instant - entry));
-    // Entering at 0 is no seek at all: some files cannot even seek there.
-    if (entry > 0)
-        slow[seek + 1] = filled(u"%.2f", entry);
-    else
-        slow.remove(seek, 2);
-    return slow;
+    return enteredAt(std::max(0.0, instant - runUpSeconds), instant, pass, u"%.2f");
 }
 
 QStringList nextAttempt(const QStringList &pass)

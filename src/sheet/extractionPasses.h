@@ -26,6 +26,11 @@ QString thumbnailFilter(const SourceDico &source, const QSize &size);
 QStringList ffmpegPass(const SourceDico &source, double instant, const QString &filter,
                        const QString &outputPath);
 
+/// The argument list that takes the very picture shown at an instant, of any type: it
+/// decodes up to it from well before, as a seek may land behind it.
+QStringList exactPass(const SourceDico &source, double instant, const QString &filter,
+                      const QString &outputPath);
+
 /// The same pass free to take any picture, for where the intra selection found none;
 /// the list itself when it selects nothing.
 QStringList withoutIntraSelection(const QStringList &pass);

@@ -3,6 +3,7 @@
 #include "classShared/durations.h"
 #include "classShared/lineLog.h"
 #include "classShared/numbers.h"
+#include "sheet/chosenInstants.h"
 #include "sheet/extractionPasses.h"
 #include "sheet/infoTexts.h"
 #include "sheet/plannedSource.h"
@@ -184,8 +185,9 @@ Dico ffmpegPasses(const ThumbnailPlan &plan, const SourceDico &source, const QSt
     const QString filter = thumbnailFilter(source, plan.size);
     Dico passes;
     for (int index = 0; index < plan.count; ++index) {
+        const auto makePass = plan.chosen.contains(index) ? exactPass : ffmpegPass;
         const QStringList pass =
-            ffmpegPass(source, plan.instants[index], filter, thumbnailPath(folder, index));
+            makePass(source, plan.instants[index], filter, thumbnailPath(folder, index));
         logDebug(u"argsArray pass #%ld/%ld: %@", index, plan.count, QVariant(pass));
         passes.insert(QString::number(index), pass);
     }
@@ -205,6 +207,7 @@ ThumbnailPlan planThumbnails(int layout, const SourceDico &source)
     ThumbnailPlan plan;
     planCount(plan, layout, seconds, source);
     planInstants(plan, seconds, source);
+    useChosenInstants(plan, layout, source);
     plan.size = frameSize(source);
     return plan;
 }

@@ -4,6 +4,7 @@
 
 #include <QSize>
 
+#include <set>
 #include <vector>
 
 namespace vignar
@@ -29,6 +30,8 @@ struct ThumbnailPlan {
     std::vector<double> instants;
     /// One text an instant, "0:01:20.50"; null where none can be written.
     QStringList timecodes;
+    /// Indices whose instant the user has chosen: the picture shown at that very instant.
+    std::set<int> chosen;
     /// Size of each extracted picture in pixels, its pixels square.
     QSize size;
 };

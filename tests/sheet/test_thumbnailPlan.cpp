@@ -1,4 +1,5 @@
 #include "settings/stringTables.h"
+#include "sheet/chosenInstants.h"
 #include "sheet/extractionPasses.h"
 #include "sheet/infoTexts.h"
 #include "sheet/thumbnailPlan.h"
@@ -90,6 +91,36 @@ private Q_SLOTS:
         QFETCH(QString, part);
         const QString found = described(planThumbnails(layout, record(source)));
         QVERIFY2(found.contains(part), qPrintable(found));
+    }
+
+    void chosenInstantsHoldForTheirPlan()
+    {
+        SourceDico source = record("'w_duration': 600, 'thNumberInt': 8");
+        const ThumbnailPlan planned = planThumbnails(bigLayout, source);
+        QCOMPARE(nearestInstant(planned.instants, 112.5), 1);
+        QCOMPARE(nearestInstant(planned.instants, 1e9), 7);
+        QCOMPARE(nearestInstant({}, 1), -1);
+        setChosenInstants(source, bigLayout, planned, {{1, 93.127}, {7, 599.96}, {8, 1}});
+
+        write(source, Keys::srcPathStr, makeFile(u"clip.mp4"_s, 1));
+        const SheetPlan sheet = planSheet(bigLayout, source, u"/o"_s);
+        QVERIFY(described(sheet.thumbnails).contains(u"at 10 93.127 150 225 300 375 450 599.96 "));
+        QCOMPARE(read(sheet.display, Keys::timecode)->value(u"1"_s).toString(), u"0:01:33.12"_s);
+        // Only the chosen picture must be that one and no other near it.
+        QCOMPARE(sheet.ffmpegPasses.value(u"1"_s).toStringList().mid(1, 13).join(u' '),
+                 u"-ss 62.000 -loglevel info -i %1 -ss 31.126 -t 12 -vframes 1 -vf"_s.arg(
+                     readStr(source, Keys::srcPathStr)));
+        QVERIFY(!sheet.ffmpegPasses.value(u"1"_s).toStringList().value(14).contains(u"select"));
+        QVERIFY(sheet.ffmpegPasses.value(u"2"_s).toStringList().value(12).contains(u"select"));
+
+        // Another layout or count has pictures of its own, and the choice comes back with its plan.
+        QVERIFY(planThumbnails(medLayout, source).chosen.empty());
+        write(source, Keys::thNumberInt, 6);
+        QVERIFY(planThumbnails(bigLayout, source).chosen.empty());
+        write(source, Keys::thNumberInt, 9);
+        QVERIFY(planThumbnails(bigLayout, source).chosen == std::set({1, 7}));
+        setChosenInstants(source, bigLayout, planned, {});
+        QCOMPARE(described(planThumbnails(bigLayout, source)), described(planned));
     }
 
     void texts()
