@@ -108,7 +108,7 @@ private Q_SLOTS:
         QCOMPARE(read(sheet.display, Keys::timecode)->value(u"1"_s).toString(), u"0:01:33.12"_s);
         // Only the chosen picture must be that one and no other near it.
         QCOMPARE(sheet.ffmpegPasses.value(u"1"_s).toStringList().mid(1, 13).join(u' '),
-                 u"-ss 62.000 -loglevel info -i %1 -ss 31.126 -t 12 -vframes 1 -vf"_s.arg(
+                 u"-ss 63.000 -loglevel info -i %1 -ss 30.126 -t 12 -vframes 1 -vf"_s.arg(
                      readStr(source, Keys::srcPathStr)));
         QVERIFY(!sheet.ffmpegPasses.value(u"1"_s).toStringList().value(14).contains(u"select"));
         QVERIFY(sheet.ffmpegPasses.value(u"2"_s).toStringList().value(12).contains(u"select"));
