@@ -36,15 +36,8 @@ appDelegate::~appDelegate() = default;
 
 void appDelegate::clearWorkingKeys()
 {
-    for (const auto &step : AnalysisDriver::steps())
-        prefDelete(QString(step.mark));
-    for (const QString &key :
-         {QString(RunKeys::analysisSrcPathesDico), QString(RunKeys::analysisSrcPathStr),
-          QString(RunKeys::analysisSrcCurrentDico), QString(RunKeys::imgPathStr),
-          QString(RunKeys::alertIfIsNotSrcValid), QString(RunKeys::encCurrentProcessingFile),
-          QString(RunKeys::processEncDico), QString(RunKeys::encBatch), QString(RunKeys::encFin),
-          QString(RunKeys::replaceFilesCheck)})
-        prefDelete(key);
+    for (const QLatin1String name : RunKeys::names)
+        prefDelete(QString(name));
 }
 
 void appDelegate::draggedFiles(const QStringList &paths)
@@ -64,9 +57,9 @@ void appDelegate::performOpenFiles(const QStringList &paths)
     draggedFiles(paths);
 }
 
-bool appDelegate::iba_batchGoBt()
+bool appDelegate::iba_batchGoBt(RowsToMake rows)
 {
-    return m_sheetDriver.iba_batchGoBt();
+    return m_sheetDriver.iba_batchGoBt(rows);
 }
 
 void appDelegate::iba_taskStopBt(RunnerKind kind)

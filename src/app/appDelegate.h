@@ -36,8 +36,8 @@ public:
     /// at launch finds the program ready.
     void applicationOpenFiles(const QStringList &paths);
 
-    /// False when there is no destination.
-    bool iba_batchGoBt();
+    /// False when there is no destination, or a batch is running.
+    bool iba_batchGoBt(RowsToMake rows = RowsToMake::all);
     void iba_taskStopBt(RunnerKind kind);
     void iba_taskPauseBt(bool isToPause);
 

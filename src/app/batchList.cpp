@@ -60,6 +60,21 @@ void BatchList::select(int index)
     Q_EMIT selectionChanged(m_selected);
 }
 
+void BatchList::resetUnmade()
+{
+    for (int index = 0; index < count(); ++index) {
+        if (resultat(index) != Puces::puceSuccess)
+            setResultat(index, Puces::puce);
+    }
+}
+
+void BatchList::setChoices(int index, int layout, int format)
+{
+    write(m_rows[index], Keys::out, layout);
+    write(m_rows[index], Keys::dpi, format);
+    Q_EMIT rowChanged(index);
+}
+
 int BatchList::encBatchInprogressRowIdentification() const
 {
     const QString current = prefReadStr(RunKeys::encCurrentProcessingFile);

@@ -30,6 +30,10 @@ public:
     void setResultat(int index, QLatin1String puce);
     /// Sets every row's marker back to waiting.
     void resetResultats();
+    /// The same, but for the rows whose sheets were made.
+    void resetUnmade();
+    /// The layout and the format (0 PDF, 1 JPEG) that a row will be made in.
+    void setChoices(int index, int layout, int format);
 
     /// -1: none.
     int selectedRow() const { return m_selected; }

@@ -70,7 +70,7 @@ std::span<const Step<SheetDriver>> SheetDriver::steps()
     return table;
 }
 
-bool SheetDriver::iba_batchGoBt()
+bool SheetDriver::iba_batchGoBt(RowsToMake rows)
 {
     if (m_isActive || !prepareDestinationFolder())
         return false;
@@ -79,7 +79,10 @@ bool SheetDriver::iba_batchGoBt()
     m_taken.clear();
     m_outlets.setGoEnabled(false);
     m_outlets.setStopVisible(RunnerKind::main, true);
-    m_batch.resetResultats();
+    if (rows == RowsToMake::all)
+        m_batch.resetResultats();
+    else
+        m_batch.resetUnmade();
     encSend(stepBatch);
     return true;
 }
@@ -182,7 +185,9 @@ void SheetDriver::takeNextRow()
         return;
     }
     const bool isRowInProgress = prefRead(RunKeys::encCurrentProcessingFile).isValid();
-    const int index = isRowInProgress ? m_batch.encBatchInprogressRowIdentification() + 1 : 0;
+    int index = isRowInProgress ? m_batch.encBatchInprogressRowIdentification() + 1 : 0;
+    while (index < m_batch.count() && m_batch.resultat(index) != Puces::puce)
+        ++index;
     if (index >= m_batch.count()) {
         endBatch();
         return;

@@ -19,6 +19,13 @@ class BatchList;
 class ProgressReporter;
 struct RunRequest;
 
+/// The rows that a batch run takes; those that join the list meanwhile always are.
+enum class RowsToMake {
+    all,
+    /// Those without a sheet: waiting, failed and stopped ones.
+    unmade
+};
+
 /// Walks the rows of the batch list through the making of their sheets, one step a
 /// call. Marks and working record live in the preference store.
 class SheetDriver : public QObject
@@ -29,9 +36,9 @@ public:
     SheetDriver(Outlets &outlets, BatchList &batch, ProgressReporter &reporter,
                 QObject *parent = nullptr);
 
-    /// The go button: checks the destination, resets the markers and starts. False when
-    /// there is no destination, or a batch is running.
-    bool iba_batchGoBt();
+    /// The go button: checks the destination, resets the markers of the rows to make and
+    /// starts. False when there is no destination, or a batch is running.
+    bool iba_batchGoBt(RowsToMake rows = RowsToMake::all);
 
     /// "encBatch" takes the next row, "encProcesses" the next step of the current one.
     void encSend(const QString &stepName);

@@ -2,6 +2,8 @@
 
 #include "classShared/keys.h"
 
+#include <array>
+
 namespace vignar
 {
 
@@ -72,6 +74,28 @@ inline constexpr Key<Dico> processEncDico{"processEncDico"};
 inline constexpr Key<int> replaceFilesCheck{"replaceFilesCheck"};
 inline constexpr Key<int> encBatch{"encBatch"};
 inline constexpr Key<int> encFin{"encFin"};
+
+/// All of them: a run's own, and none of the user's.
+inline constexpr std::array names{
+    analysisDeb.text,
+    analysisFfmpeg.text,
+    analysisFfmpegResult.text,
+    analysisFfmpegParse.text,
+    analysisMediaInfo.text,
+    analysisMediaInfoParse.text,
+    analysisDico.text,
+    analysisFin.text,
+    analysisSrcPathesDico.text,
+    analysisSrcPathStr.text,
+    analysisSrcCurrentDico.text,
+    imgPathStr.text,
+    alertIfIsNotSrcValid.text,
+    encCurrentProcessingFile.text,
+    processEncDico.text,
+    replaceFilesCheck.text,
+    encBatch.text,
+    encFin.text,
+};
 
 } // namespace RunKeys
 

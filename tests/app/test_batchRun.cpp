@@ -46,6 +46,7 @@ private Q_SLOTS:
     void makesASheetOfEachSource();
     void refusesWhatIsNoMovie_data();
     void refusesWhatIsNoMovie();
+    void unmadeRowsAreMadeAlone();
     void keepsExistingSheetUnlessReplaced_data();
     void keepsExistingSheetUnlessReplaced();
     void passesWithoutIntraPictureAreRetried();
@@ -151,6 +152,20 @@ void TestBatchRun::refusesWhatIsNoMovie()
     analyse(application, {clip(name), clip(u"a/clip.mp4"_s)});
     QCOMPARE(m_outlets->refused, (QList<QPair<QString, QString>>{{clip(name), reason}}));
     QCOMPARE(application.whichArrayController().count(), 1);
+}
+
+void TestBatchRun::unmadeRowsAreMadeAlone()
+{
+    appDelegate application(*m_outlets);
+    analyse(application, {clip(u"a/clip.mp4"_s), clip(u"b/clip.mkv"_s), clip(u"longGroup.mp4"_s)});
+    BatchList &batch = application.whichArrayController();
+    batch.setResultat(0, Puces::puceFailure);
+    batch.setResultat(1, Puces::puceSuccess);
+    QVERIFY(application.iba_batchGoBt(RowsToMake::unmade));
+    QTRY_COMPARE_WITH_TIMEOUT(m_outlets->batchEnds, 1, patience);
+    QCOMPARE(filesUnder(m_destination->path()).filter(u"index"_s),
+             (QStringList{u"clip-index.jpg"_s, u"longGroup-index.jpg"_s}));
+    QCOMPARE(batch.resultat(0), QString(Puces::puceSuccess));
 }
 
 void TestBatchRun::keepsExistingSheetUnlessReplaced_data()
