@@ -25,6 +25,8 @@ public:
     virtual QString supportFolder() const = 0;
     virtual QString preferenceFolder() const = 0;
     virtual QString logFolder() const = 0;
+    /// What the program keeps from one run to the next without the user's asking.
+    virtual QString stateFolder() const { return logFolder(); }
     /// The system's folder for temporary files.
     virtual QString temporaryFolder() const = 0;
 };
