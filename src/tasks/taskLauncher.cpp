@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <csignal>
-#include <ranges>
 
 using namespace Qt::StringLiterals;
 
@@ -251,8 +250,8 @@ void taskLauncher::suspend()
 {
     if (!d->isRunning || d->isSuspended)
         return;
-    for (const auto &task : std::views::reverse(d->tasks))
-        signalChild(*task, SIGSTOP);
+    std::for_each(d->tasks.rbegin(), d->tasks.rend(),
+                  [](const auto &task) { signalChild(*task, SIGSTOP); });
     d->isSuspended = true;
     if (d->delegate)
         d->delegate->taskLauncherTaskDidSuspend(*this);
