@@ -50,6 +50,11 @@ SheetDriver::SheetDriver(Outlets &outlets, BatchList &batch, ProgressReporter &r
         if (kind == RunnerKind::main)
             again(stepProcesses);
     });
+    connect(&m_executor, &PassExecutor::landed, this, &SheetDriver::showLanded);
+    connect(&m_executor, &PassExecutor::finished, this, [this] {
+        m_outlets.setWheelSpinning(RunnerKind::main, false);
+        again(stepProcesses);
+    });
     connect(&m_batch, &BatchList::rowRemoved, this, [this](int index) {
         if (index < m_row)
             --m_row;
@@ -131,7 +136,9 @@ void SheetDriver::requestStop()
     m_taskStopInt = 1;
     m_isPausedByUser = false;
     m_isPausedByIntake = false;
-    if (m_reporter.isRunning(RunnerKind::main))
+    if (m_executor.isRunning())
+        m_executor.terminate();
+    else if (m_reporter.isRunning(RunnerKind::main))
         m_reporter.tasklauncherTerminate(RunnerKind::main);
     else if (!m_deferredStep.isEmpty())
         again(std::exchange(m_deferredStep, {}));
@@ -140,7 +147,13 @@ void SheetDriver::requestStop()
 void SheetDriver::pause()
 {
     m_isPausedByUser = true;
+    suspendRuns();
+}
+
+void SheetDriver::suspendRuns()
+{
     m_reporter.tasklauncherSuspend(RunnerKind::main);
+    m_executor.suspend();
 }
 
 void SheetDriver::resume()
@@ -149,6 +162,7 @@ void SheetDriver::resume()
     if (isPaused())
         return;
     m_reporter.tasklauncherResume(RunnerKind::main);
+    m_executor.resume();
     if (!m_deferredStep.isEmpty())
         again(std::exchange(m_deferredStep, {}));
 }
@@ -157,7 +171,7 @@ void SheetDriver::taskToSuspendTemporary(bool isToSuspend)
 {
     m_isPausedByIntake = isToSuspend && m_isActive;
     if (m_isPausedByIntake)
-        m_reporter.tasklauncherSuspend(RunnerKind::main);
+        suspendRuns();
     else if (!m_isPausedByUser)
         resume();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/outlets.h"
+#include "app/passExecutor.h"
 #include "app/sheetDestination.h"
 #include "app/stepTable.h"
 #include "classShared/result.h"
@@ -92,6 +93,10 @@ private:
     void endBatch();
     void readChoices();
     void settleLastPass();
+    PassMap takePasses();
+    StepEnd runAllPasses();
+    void showLanded(int pictures);
+    void suspendRuns();
 
     Result<void> prepareRow();
     Result<void> prepareFolder();
@@ -110,6 +115,7 @@ private:
     Outlets &m_outlets;
     BatchList &m_batch;
     ProgressReporter &m_reporter;
+    PassExecutor m_executor;
 
     bool m_isActive = false;
     int m_taskStopInt = 0;
@@ -128,7 +134,6 @@ private:
     SheetTarget m_target;
     ExtractionFolder m_folder;
     int m_planned = 0;
-    int m_passesDone = 0;
     QString m_lastPassKey;
     QStringList m_lastPass;
     QElapsedTimer m_clock;

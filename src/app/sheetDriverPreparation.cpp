@@ -177,7 +177,6 @@ Result<void> SheetDriver::planRow()
     const SheetPlan plan =
         planSheet(m_layout, planningInput(workingRecord(), m_layout), m_folder.path);
     m_planned = plan.thumbnails.count;
-    m_passesDone = 0;
     if (m_planned < 1)
         return Failure{localised(u"V_reason_noRow"_s)};
     if (!plan.ffmpegPasses.isEmpty())

@@ -49,6 +49,8 @@ StepEnd SheetDriver::runGrabberPass()
 
 StepEnd SheetDriver::runFfmpegPass()
 {
+    if (!prefValue(Prefs::prefPlainPasses))
+        return runAllPasses();
     Dico passes = read(workingRecord(), Keys::appvgThFf).value_or(Dico());
     const auto lowest = std::min_element(
         passes.keyBegin(), passes.keyEnd(),
@@ -62,12 +64,36 @@ StepEnd SheetDriver::runFfmpegPass()
     } else {
         prefWriteChildDico(RunKeys::processEncDico, Keys::appvgThFf, passes);
     }
-    m_passesDone = m_lastPassKey.toInt() + 1;
-    m_outlets.setProgressValue(ProgressBar::steps, m_passesDone);
-    m_outlets.setStepsText(
-        filled(u"%@ %ld/%ld", localisedCapitalised(u"th"_s), m_passesDone, m_planned));
+    showLanded(m_lastPassKey.toInt() + 1);
     startRun({m_lastPass, 0, parseIndeterminate, RunnerKind::main});
     return StepEnd::running;
+}
+
+PassMap SheetDriver::takePasses()
+{
+    PassMap passes;
+    const Dico stored = read(workingRecord(), Keys::appvgThFf).value_or(Dico());
+    for (auto pass = stored.cbegin(); pass != stored.cend(); ++pass)
+        passes.emplace(pass.key().toInt(), pass->toStringList());
+    prefDeleteChildDico0(RunKeys::processEncDico, Keys::appvgThFf);
+    return passes;
+}
+
+StepEnd SheetDriver::runAllPasses()
+{
+    m_outlets.setActionText(RunnerKind::main, QFileInfo(m_outcome->source).fileName());
+    m_outlets.setWheelSpinning(RunnerKind::main, true);
+    m_outlets.setProgressMaximum(ProgressBar::main, 0);
+    showLanded(0);
+    m_executor.start(takePasses(), workingRecord());
+    return StepEnd::running;
+}
+
+void SheetDriver::showLanded(int pictures)
+{
+    m_outlets.setProgressValue(ProgressBar::steps, pictures);
+    m_outlets.setStepsText(
+        filled(u"%@ %ld/%ld", localisedCapitalised(u"th"_s), pictures, m_planned));
 }
 
 void SheetDriver::settleLastPass()

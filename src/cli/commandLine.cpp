@@ -114,6 +114,7 @@ Dico settableKeys()
 {
     Dico keys = prefDefaults();
     keys.insert(Prefs::bannerDisplayNo, 0);
+    keys.insert(Prefs::prefPlainPasses, 0);
     keys.insert(Prefs::ffFileForceFormatStr, QString());
     return keys;
 }

@@ -47,6 +47,9 @@ inline constexpr Key<int> ratedVersion{"ratedVersion"};
 inline constexpr Key<double> rateVersion{"rateVersion"};
 /// A demultiplexer that the analysis forces; empty: none. No control shows it.
 inline constexpr Key<QString> ffFileForceFormatStr{"ffFileForceFormatStr"};
+/// 1: the planned passes run as they stand, one after another, instead of in their quick
+/// form. No control shows it.
+inline constexpr Key<int> prefPlainPasses{"prefPlainPasses"};
 /// 1: no credit line on the sheet. No control shows it.
 inline constexpr Key<int> bannerDisplayNo{"bannerDisplayNo"};
 

@@ -1,0 +1,235 @@
+#include "app/passExecutor.h"
+
+#include "app/progressReporter.h"
+#include "classShared/lineLog.h"
+#include "sheet/extractionPasses.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QThread>
+
+#include <algorithm>
+#include <ranges>
+
+namespace vignar
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr qint64 lastWordsLimit = 16 * 1024;
+
+bool isWritten(const QString &path)
+{
+    return QFileInfo(path).size() > 0;
+}
+
+} // namespace
+
+PassExecutor::PassExecutor(QObject *parent)
+    : QObject(parent), m_processes(std::max(1, QThread::idealThreadCount()))
+{
+    connect(&m_folderWatcher, &QFileSystemWatcher::directoryChanged, this,
+            &PassExecutor::countLanded);
+}
+
+PassExecutor::~PassExecutor()
+{
+    for (const Running &each : m_running)
+        each.launcher->setDelegate(nullptr);
+}
+
+QString PassExecutor::picturePath(int picture) const
+{
+    return m_passes.at(picture).constLast();
+}
+
+void PassExecutor::start(const PassMap &passes, const SourceDico &source)
+{
+    if (m_isRunning)
+        return;
+    m_isRunning = true;
+    m_isSuspended = false;
+    m_passes = passes;
+    m_source = source;
+    m_missing.clear();
+    m_landed.clear();
+    if (!passes.empty())
+        m_folderWatcher.addPath(QFileInfo(passes.cbegin()->second.constLast()).path());
+    PassMap plain = passes;
+    for (FastRun &run : intraRuns(passes, source, m_processes)) {
+        for (const int picture : run.pictures)
+            plain.erase(picture);
+        m_waiting.push_back({Form::intra, std::move(run)});
+    }
+    for (const auto &[picture, pass] : plain)
+        enqueuePlain(picture, pass);
+    launchWaiting();
+}
+
+void PassExecutor::enqueuePlain(int picture, const QStringList &pass)
+{
+    m_waiting.push_back({Form::plain, {.arguments = pass, .pictures = {picture}}});
+}
+
+void PassExecutor::launchWaiting()
+{
+    if (m_running.empty() && m_waiting.empty() && !m_missing.empty())
+        takeUpMissing();
+    while (!m_isSuspended && !m_waiting.empty() && m_running.size() < size_t(m_processes)) {
+        Job job = std::move(m_waiting.front());
+        m_waiting.pop_front();
+        launch(std::move(job));
+    }
+    if (m_isRunning && m_running.empty() && m_waiting.empty())
+        end();
+}
+
+void PassExecutor::takeUpMissing()
+{
+    PassMap plain = std::exchange(m_missing, {});
+    for (FastRun &run : stretchRuns(plain)) {
+        for (const int picture : run.pictures)
+            plain.erase(picture);
+        m_waiting.push_back({Form::stretch, std::move(run)});
+    }
+    for (const auto &[picture, pass] : plain)
+        enqueuePlain(picture, pass);
+}
+
+void PassExecutor::launch(Job job)
+{
+    logDebug(u"th run              : %@", job.run.arguments);
+    Running running{std::move(job), std::make_unique<taskLauncher>(), std::make_unique<QTimer>(),
+                    ReportBuffer(lastWordsLimit)};
+    taskLauncher *launcher = running.launcher.get();
+    launcher->setDelegate(this);
+    launcher->dontConvertDataToString(true);
+    running.limit->setSingleShot(true);
+    running.limit->callOnTimeout(launcher, [launcher] {
+        logLine(u"tl run limit        :-( killed");
+        launcher->tasklauncherTerminate();
+    });
+    running.limit->start(ProgressReporter::runLimit);
+    const QStringList arguments = running.job.run.arguments;
+    m_running.push_back(std::move(running));
+    // A launch that fails calls nothing back.
+    if (launcher->launchTasksWithArguments(arguments) != taskLauncher::launched)
+        QMetaObject::invokeMethod(
+            launcher, [this, launcher] { taskLauncherTaskDidEnd(*launcher); },
+            Qt::QueuedConnection);
+}
+
+void PassExecutor::taskLauncherDidReceiveNewData(taskLauncher &launcher, const QByteArray &data)
+{
+    const auto found = std::ranges::find_if(
+        m_running, [&launcher](const Running &each) { return each.launcher.get() == &launcher; });
+    if (found != m_running.end())
+        found->lastWords.append(data);
+}
+
+void PassExecutor::taskLauncherTaskDidEnd(taskLauncher &launcher)
+{
+    const auto found = std::ranges::find_if(
+        m_running, [&launcher](const Running &each) { return each.launcher.get() == &launcher; });
+    if (found == m_running.end())
+        return;
+    Running ended = std::move(*found);
+    m_running.erase(found);
+    // Both may still be on the call stack: they may be released, not destroyed, here.
+    ended.launcher->setDelegate(nullptr);
+    ended.launcher.release()->deleteLater();
+    ended.limit.release()->deleteLater();
+    jobEnded(ended.job, decodedReport(ended.lastWords.bytes()));
+    launchWaiting();
+}
+
+void PassExecutor::jobEnded(const Job &job, const QString &lastWords)
+{
+    for (const auto &[picture, substitute] : job.run.substitutes) {
+        if (!isWritten(picturePath(picture)) && isWritten(substitute))
+            QFile::rename(substitute, picturePath(picture));
+        else
+            QFile::remove(substitute);
+    }
+    countLanded();
+    const bool isComplete = std::ranges::all_of(
+        job.run.pictures, [this](int picture) { return m_landed.contains(picture); });
+    if (!isComplete)
+        logLine(u"th not extracted    :-( %@", lastWords.right(500));
+    for (const int picture : job.run.pictures) {
+        if (!m_landed.contains(picture))
+            settlePicture(job, picture);
+    }
+}
+
+void PassExecutor::settlePicture(const Job &job, int picture)
+{
+    if (job.form == Form::intra) {
+        m_missing.emplace(picture, m_passes.at(picture));
+    } else if (job.form == Form::stretch) {
+        enqueuePlain(picture, m_passes.at(picture));
+    } else if (const QStringList next = nextAttempt(job.run.arguments); !next.isEmpty()) {
+        enqueuePlain(picture, next);
+    }
+}
+
+void PassExecutor::countLanded()
+{
+    const size_t before = m_landed.size();
+    for (const int picture : std::views::keys(m_passes)) {
+        if (!m_landed.contains(picture) && isWritten(picturePath(picture)))
+            m_landed.insert(picture);
+    }
+    if (m_landed.size() != before)
+        Q_EMIT landed(int(m_landed.size()));
+}
+
+void PassExecutor::suspend()
+{
+    m_isSuspended = true;
+    for (const Running &each : m_running) {
+        each.launcher->suspend();
+        each.limit->stop();
+    }
+}
+
+void PassExecutor::resume()
+{
+    if (!std::exchange(m_isSuspended, false))
+        return;
+    for (const Running &each : m_running) {
+        each.launcher->resume();
+        each.limit->start(ProgressReporter::runLimit);
+    }
+    if (m_isRunning)
+        launchWaiting();
+}
+
+void PassExecutor::terminate()
+{
+    if (!m_isRunning)
+        return;
+    m_waiting.clear();
+    m_missing.clear();
+    m_isSuspended = false;
+    for (Running &each : std::exchange(m_running, {})) {
+        each.launcher->setDelegate(nullptr);
+        each.launcher->tasklauncherTerminate();
+        for (const QString &substitute : std::views::values(each.job.run.substitutes))
+            QFile::remove(substitute);
+    }
+    end();
+}
+
+void PassExecutor::end()
+{
+    m_isRunning = false;
+    if (!m_folderWatcher.directories().isEmpty())
+        m_folderWatcher.removePaths(m_folderWatcher.directories());
+    QMetaObject::invokeMethod(this, &PassExecutor::finished, Qt::QueuedConnection);
+}
+
+} // namespace vignar

@@ -1,0 +1,88 @@
+#pragma once
+
+#include "sheet/fastPasses.h"
+#include "tasks/childProcess.h"
+#include "tasks/taskLauncher.h"
+
+#include <QFileSystemWatcher>
+#include <QObject>
+#include <QTimer>
+
+#include <deque>
+#include <memory>
+#include <set>
+
+namespace vignar
+{
+
+/// Runs the extraction passes of one sheet in their quick form, several processes at once.
+///
+/// A picture that the quick form does not give is made by its plain pass, and then by that
+/// one's further attempts. Everything happens on the thread of the executor; finished()
+/// comes from the event loop, once for each start().
+class PassExecutor : public QObject, private TaskLauncherDelegate
+{
+    Q_OBJECT
+
+public:
+    explicit PassExecutor(QObject *parent = nullptr);
+    ~PassExecutor() override;
+
+    /// Starts the passes of a source, none of which has left its picture yet. Does nothing
+    /// while it runs.
+    void start(const PassMap &passes, const SourceDico &source);
+
+    bool isRunning() const { return m_isRunning; }
+    void suspend();
+    void resume();
+    /// Kills what runs and gives up what waits; finished() follows.
+    void terminate();
+
+    /// Processes that run at once: one a core, unless set.
+    void setProcesses(int processes) { m_processes = processes; }
+
+Q_SIGNALS:
+    /// So many pictures are there now.
+    void landed(int pictures);
+    void finished();
+
+private:
+    enum class Form { intra, stretch, plain };
+    struct Job {
+        Form form = Form::plain;
+        FastRun run;
+    };
+    struct Running {
+        Job job;
+        std::unique_ptr<taskLauncher> launcher;
+        std::unique_ptr<QTimer> limit;
+        ReportBuffer lastWords;
+    };
+
+    void taskLauncherDidReceiveNewData(taskLauncher &launcher, const QByteArray &data) override;
+    void taskLauncherTaskDidEnd(taskLauncher &launcher) override;
+
+    void enqueuePlain(int picture, const QStringList &pass);
+    void launchWaiting();
+    void launch(Job job);
+    void jobEnded(const Job &job, const QString &lastWords);
+    void settlePicture(const Job &job, int picture);
+    void takeUpMissing();
+    void countLanded();
+    void end();
+    QString picturePath(int picture) const;
+
+    PassMap m_passes;
+    SourceDico m_source;
+    int m_processes;
+    bool m_isRunning = false;
+    bool m_isSuspended = false;
+    std::deque<Job> m_waiting;
+    std::vector<Running> m_running;
+    /// Pictures that the intra pictures of the source did not give.
+    PassMap m_missing;
+    std::set<int> m_landed;
+    QFileSystemWatcher m_folderWatcher;
+};
+
+} // namespace vignar

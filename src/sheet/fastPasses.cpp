@@ -1,0 +1,193 @@
+#include "sheet/fastPasses.h"
+
+#include "classShared/format.h"
+#include "sheet/extractionPasses.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace vignar
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+/// More pictures a process save little more, and the progress would stand still.
+constexpr int mostPicturesARun = 7;
+/// What the decoders of one process may hold, and how many pictures each of them does.
+constexpr double decoderMemory = 256e6;
+constexpr double picturesHeld = 10;
+
+/// Neighbours at most so far apart (seconds) share a decode however few they are.
+constexpr double closeTogether = 15;
+/// So many neighbours in a row without an intra picture tell of a source that has hardly
+/// any: each plain pass would decode it from far away.
+constexpr size_t longRow = 4;
+
+/// A planned pass, taken apart.
+struct Pass {
+    QString tool;
+    /// Options of the input, without the log level; the seek is among them.
+    QStringList input;
+    QString source;
+    /// Options of the output, without its path.
+    QStringList output;
+    QString path;
+    double instant = 0;
+};
+
+Pass takenApart(const QStringList &arguments)
+{
+    const qsizetype input = arguments.indexOf(u"-i"_s);
+    Pass pass{.tool = arguments.value(0),
+              .input = arguments.mid(1, input - 1),
+              .source = arguments.value(input + 1),
+              .output = arguments.mid(input + 2, arguments.size() - input - 3),
+              .path = arguments.constLast()};
+    if (const qsizetype level = pass.input.indexOf(u"-loglevel"_s); level >= 0)
+        pass.input.remove(level, 2);
+    if (const qsizetype seek = pass.input.indexOf(u"-ss"_s); seek >= 0)
+        pass.instant = pass.input.value(seek + 1).toDouble();
+    return pass;
+}
+
+bool selectsIntraPictures(const QStringList &pass)
+{
+    return pass.contains(u"-i"_s) && withoutIntraSelection(pass) != pass;
+}
+
+/// Which stream ffmpeg picks of several is its own affair; only of one there is no doubt.
+bool hasOnePictureStream(const SourceDico &source)
+{
+    return source.contains(Keys::v_codec(0)) && !source.contains(Keys::v_codec(1));
+}
+
+int picturesARun(qsizetype passes, const SourceDico &source, int processes)
+{
+    if (!hasOnePictureStream(source))
+        return 1;
+    const double width = read(source, Keys::v_width, 0).value_or(1920);
+    const double height = read(source, Keys::v_height, 0).value_or(1080);
+    const double decoder = picturesHeld * std::max(1.0, width * height) * 1.5;
+    const int held = std::clamp(int(decoderMemory / decoder), 1, mostPicturesARun);
+    const int share = int((passes + processes - 1) / processes);
+    return std::clamp(share, 1, held);
+}
+
+/// Input options that leave out whatever the intra selection would drop anyway.
+QStringList intraOnly(const SourceDico &source)
+{
+    QStringList options{u"-skip_frame"_s, u"nointra"_s, u"-threads"_s, u"1"_s};
+    // These decoders hold pictures back to put them in order, of which intra pictures on
+    // their own have no need.
+    const QString codec = read(source, Keys::v_codec, 0).value_or(QString());
+    if (codec == u"h264" || codec == u"hevc")
+        options << u"-flags"_s << u"low_delay"_s;
+    return options;
+}
+
+FastRun intraRun(const PassMap &passes, const QStringList &options)
+{
+    FastRun run;
+    QStringList inputs;
+    QStringList outputs;
+    for (const auto &[number, arguments] : passes) {
+        const Pass pass = takenApart(arguments);
+        if (run.arguments.isEmpty())
+            run.arguments << pass.tool << u"-loglevel"_s << u"info"_s;
+        inputs << options << pass.input << u"-i"_s << pass.source;
+        if (passes.size() > 1)
+            outputs << u"-map"_s << u"%1:V:0"_s.arg(run.pictures.size());
+        outputs << pass.output << pass.path;
+        run.pictures.push_back(number);
+    }
+    run.arguments << inputs << outputs;
+    return run;
+}
+
+/// The filter text with everything before the offset (seconds into the stretch), and from
+/// 12 seconds after it, cut away, as the seek and the duration of a plain pass do.
+QString trimmed(const QString &filter, double offset)
+{
+    return filled(u"trim=start=%.2f:duration=12,setpts=PTS-STARTPTS,", offset) + filter;
+}
+
+void appendStretchOutput(FastRun &run, const QStringList &arguments, double offset,
+                         const QString &path)
+{
+    const Pass pass = takenApart(arguments);
+    QStringList options = pass.output;
+    const qsizetype filter = options.indexOf(u"-vf"_s) + 1;
+    if (filter > 0)
+        options[filter] = trimmed(options.at(filter), offset);
+    run.arguments << options << path;
+}
+
+FastRun stretchRun(const PassMap &passes)
+{
+    const Pass first = takenApart(passes.cbegin()->second);
+    FastRun run;
+    run.arguments << first.tool << u"-loglevel"_s << u"info"_s << first.input << u"-i"_s
+                  << first.source;
+    for (const auto &[number, arguments] : passes) {
+        const Pass pass = takenApart(arguments);
+        const double offset = pass.instant - first.instant;
+        const QString substitute = pass.path + u".any.jpg"_s;
+        appendStretchOutput(run, arguments, offset, pass.path);
+        appendStretchOutput(run, withoutIntraSelection(arguments), offset, substitute);
+        run.pictures.push_back(number);
+        run.substitutes.emplace(number, substitute);
+    }
+    return run;
+}
+
+bool isWorthAStretch(const PassMap &row)
+{
+    if (row.size() < 2)
+        return false;
+    const double length =
+        takenApart(row.crbegin()->second).instant - takenApart(row.cbegin()->second).instant;
+    return row.size() >= longRow || length <= closeTogether * double(row.size() - 1);
+}
+
+} // namespace
+
+std::vector<FastRun> intraRuns(const PassMap &passes, const SourceDico &source, int processes)
+{
+    PassMap selecting;
+    std::ranges::copy_if(passes, std::inserter(selecting, selecting.end()),
+                         [](const auto &pass) { return selectsIntraPictures(pass.second); });
+    const int share = picturesARun(qsizetype(selecting.size()), source, std::max(1, processes));
+    const QStringList options = intraOnly(source);
+    std::vector<FastRun> runs;
+    PassMap group;
+    for (auto pass = selecting.cbegin(); pass != selecting.cend(); ++pass) {
+        group.insert(*pass);
+        if (group.size() == size_t(share) || std::next(pass) == selecting.cend())
+            runs.push_back(intraRun(std::exchange(group, {}), options));
+    }
+    return runs;
+}
+
+std::vector<FastRun> stretchRuns(const PassMap &passes)
+{
+    std::vector<FastRun> runs;
+    PassMap row;
+    for (auto pass = passes.cbegin(); pass != passes.cend(); ++pass) {
+        if (!selectsIntraPictures(pass->second))
+            continue;
+        row.insert(*pass);
+        const auto next = std::next(pass);
+        if (next != passes.cend() && next->first == pass->first + 1 &&
+            selectsIntraPictures(next->second))
+            continue;
+        if (isWorthAStretch(row))
+            runs.push_back(stretchRun(row));
+        row.clear();
+    }
+    return runs;
+}
+
+} // namespace vignar

@@ -1,0 +1,178 @@
+#include "app/passExecutor.h"
+#include "settings/stringTables.h"
+#include "sheet/extractionPasses.h"
+#include "tasks/blockingRuns.h"
+#include "tasks/toolPlaces.h"
+
+#include <QDir>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace vignar;
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr QSize thumbnailSize(96, 54);
+
+QByteArray content(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+} // namespace
+
+/// The quick form of the passes against the passes as they are planned.
+class TestFastExtraction : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_folder;
+
+    QString folder(const QString &name) const
+    {
+        const QString path = m_folder.filePath(name);
+        QDir().mkpath(path);
+        return path;
+    }
+
+    PassMap passes(const SourceDico &source, double length, int count, const QString &name) const
+    {
+        PassMap map;
+        const QString filter = thumbnailFilter(source, thumbnailSize);
+        for (int number = 0; number < count; ++number)
+            map[number] = ffmpegPass(source, number * length / count, filter,
+                                     thumbnailPath(folder(name), number));
+        return map;
+    }
+
+    SourceDico clip(const QString &name, const QStringList &options, const QString &codec) const
+    {
+        const QString path = m_folder.filePath(name);
+        QStringList arguments{u"-v"_s,    u"error"_s, u"-f"_s,
+                              u"lavfi"_s, u"-i"_s,    u"testsrc2=s=192x108:r=25"_s};
+        arguments << options << u"-y"_s << path;
+        if (QProcess::execute(ffmpegPath(), arguments) != 0)
+            return {};
+        SourceDico source;
+        write(source, Keys::srcPathStr, path);
+        write(source, Keys::v_codec, 0, codec);
+        write(source, Keys::v_width, 0, 192);
+        write(source, Keys::v_height, 0, 108);
+        return source;
+    }
+
+    static void runPlain(const PassMap &passes)
+    {
+        for (const auto &[number, planned] : passes) {
+            for (QStringList pass = planned; !pass.isEmpty(); pass = nextAttempt(pass)) {
+                taskArray(pass);
+                if (QFile::exists(planned.constLast()))
+                    break;
+            }
+        }
+    }
+
+private Q_SLOTS:
+    void runsHoldEveryPassOnce()
+    {
+        SourceDico source{{Keys::srcPathStr, u"/v/a.mp4"_s}, {Keys::v_codec(0), u"h264"_s}};
+        PassMap planned = passes(source, 100, 20, u"x"_s);
+        planned[7] = withoutIntraSelection(planned[7]);
+        const auto runs = intraRuns(planned, source, 2);
+        std::vector<int> taken;
+        for (const FastRun &run : runs) {
+            taken.insert(taken.end(), run.pictures.begin(), run.pictures.end());
+            QCOMPARE(run.arguments.count(u"-i"_s), qsizetype(run.pictures.size()));
+            QCOMPARE(run.arguments.count(u"low_delay"_s), qsizetype(run.pictures.size()));
+        }
+        QCOMPARE(taken.size(), 19U);
+        QVERIFY(std::ranges::is_sorted(taken) && std::ranges::find(taken, 7) == taken.end());
+        // Which of two streams ffmpeg takes is for it alone to say.
+        write(source, Keys::v_codec, 1, u"mjpeg"_s);
+        for (const FastRun &run : intraRuns(planned, source, 2))
+            QCOMPARE(run.pictures.size(), 1U);
+    }
+
+    void givesThePicturesOfThePlainPasses_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QStringList>("options");
+        QTest::addColumn<QString>("codec");
+        QTest::addColumn<bool>("isInterlaced");
+        const auto row = [](const char *title, const QString &name, const QString &options,
+                            const QString &codec, bool isInterlaced = false) {
+            QTest::newRow(title) << name << options.split(u' ') << codec << isInterlaced;
+        };
+        row("an intra picture a second", u"a.mp4"_s, u"-t 12 -c:v libx264 -g 25"_s, u"h264"_s);
+        row("one intra picture in all", u"b.mp4"_s, u"-t 12 -c:v libx264 -g 999"_s, u"h264"_s);
+        row("intra pictures far apart", u"c.mkv"_s,
+            u"-t 40 -c:v libx264 -preset ultrafast -g 400 -keyint_min 400 -sc_threshold 0"_s,
+            u"h264"_s);
+        row("interlaced", u"d.ts"_s, u"-t 6 -c:v mpeg2video -q:v 5 -flags +ildct+ilme -top 1"_s,
+            u"mpeg2video"_s, true);
+        row("stretch of interlaced", u"e.ts"_s,
+            u"-t 6 -c:v mpeg2video -q:v 5 -flags +ildct+ilme -top 1 -g 600"_s, u"mpeg2video"_s,
+            true);
+        row("all intra", u"f.avi"_s, u"-t 5 -c:v mjpeg -q:v 5"_s, u"mjpeg"_s);
+        row("web", u"g.webm"_s, u"-t 5 -c:v libvpx -deadline realtime"_s, u"vp8"_s);
+    }
+
+    void givesThePicturesOfThePlainPasses()
+    {
+        QFETCH(QString, name);
+        QFETCH(QStringList, options);
+        QFETCH(QString, codec);
+        QFETCH(bool, isInterlaced);
+        SourceDico source = clip(name, options, codec);
+        QVERIFY(!source.isEmpty());
+        const QString fields = isInterlaced ? u"TFF"_s : u"PFF"_s;
+        write(source, Keys::v_fields, 0, localised(fields, fieldsTable));
+        const double length = options.value(1).toDouble();
+        const int count = 9;
+
+        runPlain(passes(source, length, count, name + u".plain"_s));
+        PassExecutor executor;
+        executor.setProcesses(2);
+        QSignalSpy landed(&executor, &PassExecutor::landed);
+        QSignalSpy finished(&executor, &PassExecutor::finished);
+        executor.start(passes(source, length, count, name + u".fast"_s), source);
+        QVERIFY(finished.wait(60000));
+        QVERIFY(!executor.isRunning());
+
+        const QStringList plain =
+            QDir(folder(name + u".plain"_s)).entryList(QDir::Files, QDir::Name);
+        QCOMPARE(plain.size(), count);
+        QCOMPARE(landed.constLast().constFirst().toInt(), count);
+        QCOMPARE(QDir(folder(name + u".fast"_s)).entryList(QDir::Files, QDir::Name), plain);
+        for (const QString &picture : plain)
+            QVERIFY2(content(folder(name + u".plain"_s) + u'/' + picture) ==
+                         content(folder(name + u".fast"_s) + u'/' + picture),
+                     qPrintable(picture));
+    }
+
+    void canBePausedAndStopped()
+    {
+        const SourceDico source = clip(u"stopped.mp4"_s, {u"-t"_s, u"4"_s}, u"h264"_s);
+        PassExecutor executor;
+        executor.setProcesses(1);
+        QSignalSpy finished(&executor, &PassExecutor::finished);
+        executor.start(passes(source, 4, 8, u"stopped"_s), source);
+        executor.suspend();
+        QVERIFY(!finished.wait(300));
+        executor.resume();
+        QVERIFY(finished.wait(30000));
+        executor.start(passes(source, 4, 8, u"killed"_s), source);
+        executor.terminate();
+        QVERIFY(finished.wait(5000));
+        QCOMPARE(finished.count(), 2);
+        QVERIFY(QDir(folder(u"killed"_s)).isEmpty());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestFastExtraction)
+#include "test_fastExtraction.moc"
