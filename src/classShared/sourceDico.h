@@ -66,6 +66,11 @@ inline constexpr StreamKey<QString> v_chroma{'v', "chroma"};
 /// Clockwise turn, in degrees (90, 180, 270), that the metadata asks a player to
 /// make; width, height and aspect in the record are those of the turned picture.
 inline constexpr StreamKey<int> v_rotation{'v', "rotation"};
+/// Colour description, in ffmpeg's words ("bt709", "smpte2084"); range "tv" or "pc".
+inline constexpr StreamKey<QString> v_transfer{'v', "transfer"};
+inline constexpr StreamKey<QString> v_primaries{'v', "primaries"};
+inline constexpr StreamKey<QString> v_matrix{'v', "matrix"};
+inline constexpr StreamKey<QString> v_range{'v', "range"};
 inline constexpr StreamKey<int> a_id{'a', "id"};
 inline constexpr StreamKey<QString> a_lang{'a', "lang"};
 inline constexpr StreamKey<QString> a_codec{'a', "codec"};
