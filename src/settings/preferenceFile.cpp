@@ -89,7 +89,7 @@ FileContent load(const QString &path)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return {FileContent::unreadable, {}, file.errorString()};
-    const QByteArray bytes = file.read(preferenceFileLimit);
+    const QByteArray bytes = file.read(info.size());
     if (file.error() != QFileDevice::NoError)
         return {FileContent::unreadable, {}, file.errorString()};
     return parse(bytes);

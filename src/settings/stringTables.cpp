@@ -179,7 +179,7 @@ QString readStringsFile(const QString &path)
     QFile file(path);
     if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
         return {};
-    const QString text = decoded(file.read(stringsFileLimit));
+    const QString text = decoded(file.read(qMin(file.size(), stringsFileLimit)));
     return text.isNull() ? u""_s : text;
 }
 
