@@ -1,4 +1,5 @@
 # One set of compile options for everything that is ours.
+set(fuzz_sanitizers -fsanitize=address,undefined,fuzzer-no-link)
 add_library(vignar_options INTERFACE)
 target_compile_definitions(vignar_options INTERFACE
     QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_FOREACH QT_NO_KEYWORDS
@@ -7,9 +8,11 @@ target_compile_options(vignar_options INTERFACE -Wall -Wextra -Wpedantic -Wshado
     -Wnon-virtual-dtor -Woverloaded-virtual -Wno-missing-field-initializers
     $<$<BOOL:${VIGNAR_WARNINGS_AS_ERRORS}>:-Werror>
     $<$<BOOL:${VIGNAR_SANITIZE}>:-fsanitize=address,undefined -fno-omit-frame-pointer
-        -fno-sanitize-recover=undefined>)
+        -fno-sanitize-recover=undefined>
+    $<$<BOOL:${VIGNAR_FUZZ}>:${fuzz_sanitizers} -fno-sanitize-recover=undefined>)
 target_link_options(vignar_options INTERFACE
-    $<$<BOOL:${VIGNAR_SANITIZE}>:-fsanitize=address,undefined>)
+    $<$<BOOL:${VIGNAR_SANITIZE}>:-fsanitize=address,undefined>
+    $<$<BOOL:${VIGNAR_FUZZ}>:${fuzz_sanitizers}>)
 
 # vignar_library(<folder> SOURCES <file>… LINKS <target>…)
 # The static library of one folder of src/. LINKS is the architecture: a folder
