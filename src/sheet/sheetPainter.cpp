@@ -1,8 +1,7 @@
 #include "sheet/sheetPainter.h"
 
 #include "sheet/extractionPasses.h"
-#include "sheet/imageExport.h"
-#include "sheet/richPictures.h"
+#include "sheet/sheetPictures.h"
 #include "sheet/textStyle.h"
 
 #include <QFontMetricsF>
@@ -19,18 +18,11 @@ namespace
 /// Stands between the name of an info line and its value.
 constexpr QStringView labelSeparator = u" : ";
 
-/// The picture whose file is the heaviest of the middle ones, -1 without pictures.
-int heaviestPicture(const QStringList &pictures)
-{
-    const std::vector<int> records = recordWeights(loggedWeights(pictures));
-    return records.empty() ? -1 : records.back();
-}
-
 } // namespace
 
 SheetPainter::SheetPainter(const SheetContent &content, const SheetGeometry &geometry,
-                           const SheetPalette &palette)
-    : m_content(content), m_geometry(geometry), m_palette(palette)
+                           const SheetPalette &palette, const SheetPictures &pictures)
+    : m_content(content), m_geometry(geometry), m_palette(palette), m_pictures(pictures)
 {
 }
 
@@ -77,18 +69,17 @@ void SheetPainter::drawLargePicture(QPainter &painter) const
     const QRect box = m_geometry.mix;
     if (box.isEmpty())
         return;
-    const int heaviest = heaviestPicture(m_content.pictures);
-    const QImage picture = loadedPicture(m_content.pictures.value(heaviest));
+    const QImage picture = m_pictures.large(box.size());
     if (!picture.isNull())
-        painter.drawImage(box, rescaled(picture, box.size(), 0, Placement::cover, false));
+        painter.drawImage(box, picture);
 }
 
 void SheetPainter::drawGrid(QPainter &painter) const
 {
     size_t cell = 0;
-    for (int position = 0; position < m_content.pictures.size(); ++position) {
+    for (int position = 0; position < m_pictures.count(); ++position) {
         const CellPlace &place = m_geometry.cells[cell];
-        const QImage picture = loadedPicture(m_content.pictures.at(position), place.picture.size());
+        const QImage picture = m_pictures.cell(position, place.picture.size());
         if (picture.isNull())
             continue;
         drawCell(painter, place, picture);
@@ -121,7 +112,7 @@ QString SheetPainter::timecodeOf(int position) const
 {
     // By the number in the file name: where a picture is missing, the ones after it
     // keep their own.
-    const int number = thumbnailIndex(m_content.pictures.at(position));
+    const int number = thumbnailIndex(m_pictures.path(position));
     return m_content.timecodes.value(QString::number(number < 0 ? position : number)).toString();
 }
 

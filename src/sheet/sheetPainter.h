@@ -5,13 +5,13 @@
 #include "sheet/sheetPalette.h"
 
 #include <QPainter>
-#include <QStringList>
 
 #include <vector>
 
 namespace vignar
 {
 
+class SheetPictures;
 struct TextStyle;
 
 /// What stands on a sheet.
@@ -23,8 +23,6 @@ struct SheetContent {
 
     QString title;
     std::vector<InfoLine> infoLines;
-    /// Paths in index order.
-    QStringList pictures;
     /// Picture index as text to its timecode.
     Dico timecodes;
     /// Empty: no credit line.
@@ -37,7 +35,7 @@ class SheetPainter
 {
 public:
     SheetPainter(const SheetContent &content, const SheetGeometry &geometry,
-                 const SheetPalette &palette);
+                 const SheetPalette &palette, const SheetPictures &pictures);
 
     void draw(QPainter &painter) const;
 
@@ -54,6 +52,7 @@ private:
     const SheetContent &m_content;
     const SheetGeometry &m_geometry;
     const SheetPalette &m_palette;
+    const SheetPictures &m_pictures;
 };
 
 } // namespace vignar

@@ -165,21 +165,6 @@ QSize frameSize(const SourceDico &source)
     return size.expandedTo({2, 2});
 }
 
-Dico displayDico(const ThumbnailPlan &plan, const SourceDico &source)
-{
-    Dico display = infoTexts(source);
-    write(display, Keys::wTh, plan.size.width());
-    write(display, Keys::hTh, plan.size.height());
-    Dico timecodes;
-    for (int index = 0; index < plan.count; ++index) {
-        if (!plan.timecodes[index].isNull())
-            timecodes.insert(QString::number(index), plan.timecodes[index]);
-    }
-    if (!timecodes.isEmpty())
-        write(display, Keys::timecode, timecodes);
-    return display;
-}
-
 Dico ffmpegPasses(const ThumbnailPlan &plan, const SourceDico &source, const QString &folder)
 {
     const QString filter = thumbnailFilter(source, plan.size);
@@ -212,6 +197,21 @@ ThumbnailPlan planThumbnails(int layout, const SourceDico &source)
     return plan;
 }
 
+Dico plannedDisplay(const ThumbnailPlan &plan, const SourceDico &source)
+{
+    Dico display = infoTexts(source);
+    write(display, Keys::wTh, plan.size.width());
+    write(display, Keys::hTh, plan.size.height());
+    Dico timecodes;
+    for (int index = 0; index < plan.count; ++index) {
+        if (!plan.timecodes[index].isNull())
+            timecodes.insert(QString::number(index), plan.timecodes[index]);
+    }
+    if (!timecodes.isEmpty())
+        write(display, Keys::timecode, timecodes);
+    return display;
+}
+
 SheetPlan planSheet(int layout, const SourceDico &source, const QString &extractionFolder)
 {
     logLine(u"encodage            - deb");
@@ -219,7 +219,7 @@ SheetPlan planSheet(int layout, const SourceDico &source, const QString &extract
     if (const QString path = readStr(source, Keys::srcPathStr); !QFileInfo::exists(path))
         return sheet;
     sheet.thumbnails = planThumbnails(layout, source);
-    sheet.display = displayDico(sheet.thumbnails, source);
+    sheet.display = plannedDisplay(sheet.thumbnails, source);
     if (sheet.thumbnails.count == 0)
         return sheet;
     if (usesMovieGrabber(source)) {

@@ -40,13 +40,16 @@ struct ThumbnailPlan {
 /// thDerushInterval) in it.
 ThumbnailPlan planThumbnails(int layout, const SourceDico &source);
 
+/// Texts, picture size and timecode map of a planned sheet for the composer.
+Dico plannedDisplay(const ThumbnailPlan &plan, const SourceDico &source);
+
 /// The whole plan of a sheet as the step driver stores it.
 struct SheetPlan {
     ThumbnailPlan thumbnails;
     /// Index text to argument list; at most one of the two is not empty.
     Dico ffmpegPasses;
     Dico grabberPasses;
-    /// Texts, picture size and timecode map for the composer ("appvgDisplay").
+    /// As plannedDisplay() ("appvgDisplay").
     Dico display;
 };
 
