@@ -30,6 +30,10 @@ struct AnalysisReaders {
     std::function<int(const QString &path)> durationM2v;
 };
 
+/// The MPEG reader and the probes that run ffmpeg, beside the platform's framework, which
+/// may be null and else outlives the readers.
+AnalysisReaders systemReaders(MovieFramework *movieFramework);
+
 /// Reconciles the three readers into the record of one source, or says why it cannot
 /// be read.
 Result<SourceDico> analyseSource(const AnalysisInput &input, const AnalysisReaders &readers);

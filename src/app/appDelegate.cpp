@@ -16,8 +16,7 @@ appDelegate::appDelegate(Outlets &outlets, std::unique_ptr<MovieFramework> movie
       m_batch(outlets),
       m_reporter(outlets),
       m_intake(outlets, m_batch),
-      m_analysisDriver(outlets, m_batch, m_reporter,
-                       AnalysisReaders{.movieFramework = m_movieFramework.get()}),
+      m_analysisDriver(outlets, m_batch, m_reporter, systemReaders(m_movieFramework.get())),
       m_sheetDriver(outlets, m_batch, m_reporter)
 {
     clearWorkingKeys();
