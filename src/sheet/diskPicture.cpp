@@ -3,6 +3,7 @@
 #include "classShared/lineLog.h"
 #include "sheet/extractionFolder.h"
 #include "sheet/imageExport.h"
+#include "sheet/picturePlacement.h"
 #include "sheet/richPictures.h"
 
 #include <QFileInfo>

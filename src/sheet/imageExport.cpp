@@ -2,7 +2,9 @@
 
 #include "classShared/lineLog.h"
 #include "sheet/pdfPage.h"
+#include "sheet/picturePlacement.h"
 
+#include <QBuffer>
 #include <QFileInfo>
 #include <QImageReader>
 #include <QImageWriter>
@@ -10,7 +12,6 @@
 #include <QSaveFile>
 
 #include <algorithm>
-#include <array>
 
 using namespace Qt::StringLiterals;
 
@@ -20,148 +21,92 @@ namespace vignar
 namespace
 {
 
-constexpr double defaultDpi = 72;
+constexpr double swatchDpi = 72;
 constexpr double metresPerInch = 0.0254;
 constexpr double defaultFactor = 0.9;
 /// Enough for 25,000 × 20,000 pixels, and an end to what a forged header could ask for.
 constexpr int largestPictureMegabytes = 2048;
-
-struct ExportFormat {
-    QLatin1String extension;
-    const char *codec;
-    bool keepsTransparency;
-};
-
-constexpr ExportFormat jpegFormat{QLatin1String("jpg"), "jpeg", false};
-constexpr std::array<ExportFormat, 8> exportFormats{{
-    {QLatin1String("tif"), "tiff", true},
-    {QLatin1String("tiff"), "tiff", true},
-    {QLatin1String("bmp"), "bmp", false},
-    {QLatin1String("gif"), "gif", true},
-    {QLatin1String("png"), "png", true},
-    {QLatin1String("jp2"), "jp2", true},
-    {QLatin1String("jpx"), "jp2", true},
-    {QLatin1String("pdf"), "pdf", false},
-}};
-
-ExportFormat exportFormat(const QString &path)
-{
-    const QString extension = QFileInfo(path).suffix().toLower();
-    const auto found =
-        std::find_if(exportFormats.begin(), exportFormats.end(),
-                     [&](const ExportFormat &format) { return extension == format.extension; });
-    return found == exportFormats.end() ? jpegFormat : *found;
-}
 
 QString mood(bool isSuccess)
 {
     return isSuccess ? u")"_s : u"("_s;
 }
 
-void setDpi(QImage &image, double dpi)
+/// Made ready to read a picture file by its content.
+void openReader(QImageReader &reader, const QString &path)
 {
-    const int dotsPerMeter = qRound((dpi > 0 ? dpi : defaultDpi) / metresPerInch);
-    image.setDotsPerMeterX(dotsPerMeter);
-    image.setDotsPerMeterY(dotsPerMeter);
+    static const bool isLimitRaised = [] {
+        QImageReader::setAllocationLimit(largestPictureMegabytes);
+        return true;
+    }();
+    Q_UNUSED(isLimitRaised)
+    prepareReading(path);
+    reader.setFileName(path);
+    reader.setDecideFormatFromContent(true);
 }
 
-/// A picture and where it goes in the target.
-struct PlacedPiece {
-    QImage picture;
-    QPoint position;
-};
-
-QImage stretched(const QImage &source, const QSize &size)
+/// Writers would put the texts into a comment, where software and paths of elsewhere show.
+QImage withoutTexts(const QImage &bitmap)
 {
-    return source.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    QImage bare = bitmap;
+    const QStringList keys = bitmap.textKeys();
+    for (const QString &key : keys)
+        bare.setText(key, {});
+    return bare;
 }
 
-/// A quotient cut to whole pixels, without losing one to an inexact division.
-int wholePixels(double length)
+Result<QByteArray> encoded(const QImage &bitmap, const PictureFormat &format, int quality)
 {
-    return std::max(1, static_cast<int>(length + 1e-6));
+    const int longest = std::max(bitmap.width(), bitmap.height());
+    if (format.largestSide > 0 && longest > format.largestSide)
+        return Failure{filled(u"%ld pixels a side are more than the %ld of %@", longest,
+                              format.largestSide, QString::fromLatin1(format.codec))};
+    if (!canWriteCodec(format.codec))
+        return Failure{filled(u"no codec '%@'", QString::fromLatin1(format.codec))};
+    QBuffer buffer;
+    QImageWriter writer(&buffer, format.codec);
+    writer.setQuality(quality);
+    if (!writer.write(withoutTexts(bitmap)))
+        return Failure{writer.errorString()};
+    return buffer.data();
 }
 
-PlacedPiece fitted(const QImage &source, const QSize &target)
+QByteArray finished(const QByteArray &picture, const PictureMetadata &metadata)
 {
-    const double f = std::max(double(source.width()) / target.width(),
-                              double(source.height()) / target.height());
-    const QSize size(wholePixels(source.width() / f), wholePixels(source.height() / f));
-    const QPoint position((target.width() - size.width()) / 2,
-                          (target.height() - size.height()) / 2);
-    logVerbose(u"f=%f, src = %ld x %ld -> dst = %ld x %ld", f, source.width(), source.height(),
-               size.width(), size.height());
-    logLine(u"%ld:%ld:%ld:%ld", position.x(), position.y(), size.width(), size.height());
-    return {stretched(source, size), position};
-}
-
-/// Cuts the overflow off before scaling, so that an extreme shape needs no extreme
-/// amount of memory.
-PlacedPiece covering(const QImage &source, const QSize &target)
-{
-    const double f = std::min(double(source.width()) / target.width(),
-                              double(source.height()) / target.height());
-    const QSize scaled(wholePixels(source.width() / f), wholePixels(source.height() / f));
-    logVerbose(u"f=%f, src = %ld x %ld -> dst = %ld x %ld", f, source.width(), source.height(),
-               scaled.width(), scaled.height());
-    QRect visible({}, QSize(wholePixels(target.width() * f), wholePixels(target.height() * f)));
-    visible.moveTo((source.width() - visible.width()) / 2,
-                   (source.height() - visible.height()) / 2);
-    logLine(u"dstOffset=%.0f:%.0f (dst=%ld*%ld) -> srcOffset=%ld:%ld (src=%ld*%ld)",
-            (scaled.width() - target.width()) / 2.0, (scaled.height() - target.height()) / 2.0,
-            target.width(), target.height(), visible.x(), visible.y(), source.width(),
-            source.height());
-    return {stretched(source.copy(visible), target), {}};
-}
-
-PlacedPiece placed(const QImage &source, const QSize &target, Placement placement)
-{
-    switch (placement) {
-    case Placement::fit:
-    case Placement::fitCentred:
-        return fitted(source, target);
-    case Placement::cover:
-    case Placement::coverCentred:
-        return covering(source, target);
-    case Placement::stretch:
-        break;
-    }
-    return {stretched(source, target), {}};
-}
-
-bool writePicture(const QImage &bitmap, const QString &path, const ExportFormat &format,
-                  double compressionFactor)
-{
-    // Asked first: a format that cannot be written must not touch the file's place.
-    if (!QImageWriter::supportedImageFormats().contains(format.codec)) {
-        logLine(u"imgExport           :-( no codec '%@' for '%@'",
-                QString::fromLatin1(format.codec), path);
-        return false;
-    }
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    QImageWriter writer(&file, format.codec);
-    if (QLatin1String(format.codec) == QLatin1String(jpegFormat.codec))
-        writer.setQuality(jpegQuality(compressionFactor));
-    // commit() alone overlooks a last buffer that could not be written.
-    return writer.write(bitmap) && file.flush() && file.commit();
+    if (metadata.isEmpty())
+        return picture;
+    Result<QByteArray> complete = withMetadata(picture, metadata);
+    if (complete)
+        return *complete;
+    logLine(u"metadata            :-( %@", complete.reason());
+    return picture;
 }
 
 bool writePdf(const QImage &bitmap, const QString &path)
 {
     const double dpi = bitmap.dotsPerMeterX() * metresPerInch;
     const bool isSuccess =
-        writePdfPage(path, {bitmap.size(), dpi > 0 ? dpi : defaultDpi, {}}, [&](QPainter &painter) {
+        writePdfPage(path, {bitmap.size(), dpi > 0 ? dpi : swatchDpi, {}}, [&](QPainter &painter) {
             painter.drawImage(QRect({}, bitmap.size()), bitmap);
         });
     logLine(u"imgSaveAs…pdf       :-%@ '%@'", mood(isSuccess), path);
     return isSuccess;
 }
 
-bool isPlacement(int mode)
+bool writeByExtension(const QImage &bitmap, const QString &path, double compressionFactor)
 {
-    return mode >= -2 && mode <= 2;
+    const PictureFormat &format = formatOfExtension(path);
+    const bool isJpeg = &format == &jpegFormat;
+    const Result<void> written =
+        writePicture(bitmap, path, format, isJpeg ? jpegQuality(compressionFactor) : -1);
+    if (!written)
+        logLine(u"imgExport           :-( '%@' %@", path, written.reason());
+    return bool(written);
+}
+
+bool keepsTransparency(const QString &path)
+{
+    return !isPdfExtension(path) && formatOfExtension(path).keepsTransparency;
 }
 
 bool placeAndExport(const QImage &source, const QString &destination, const QSize &size, double dpi,
@@ -169,8 +114,8 @@ bool placeAndExport(const QImage &source, const QString &destination, const QSiz
 {
     if (source.isNull() || size.isEmpty() || !isPlacement(mode))
         return false;
-    const QImage bitmap = rescaled(source, size, dpi, static_cast<Placement>(mode),
-                                   exportFormat(destination).keepsTransparency);
+    const QImage bitmap =
+        rescaled(source, size, dpi, static_cast<Placement>(mode), keepsTransparency(destination));
     return imgExport(bitmap, destination, compressionFactor);
 }
 
@@ -182,9 +127,10 @@ std::optional<QSize> imgSizes(const QString &path)
     logLine(u"imgSizes - deb  : %@ = %d", path, exists);
     if (!exists)
         return std::nullopt;
-    QImageReader reader(path);
-    reader.setDecideFormatFromContent(true);
-    const QSize size = reader.canRead() ? reader.size() : QSize();
+    QImageReader reader;
+    openReader(reader, path);
+    const bool isSizeTold = reader.supportsOption(QImageIOHandler::Size);
+    const QSize size = isSizeTold ? reader.size() : reader.read().size();
     if (size.isEmpty())
         return std::nullopt;
     return size;
@@ -192,30 +138,11 @@ std::optional<QSize> imgSizes(const QString &path)
 
 QImage loadedPicture(const QString &path, const QSize &size)
 {
-    static const bool isLimitRaised = [] {
-        QImageReader::setAllocationLimit(largestPictureMegabytes);
-        return true;
-    }();
-    Q_UNUSED(isLimitRaised)
-    QImageReader reader(path);
-    reader.setDecideFormatFromContent(true);
+    QImageReader reader;
+    openReader(reader, path);
     if (!size.isEmpty())
         reader.setScaledSize(size);
     return reader.read();
-}
-
-QImage rescaled(const QImage &source, const QSize &size, double dpi, Placement placement,
-                bool keepsTransparency)
-{
-    logVerbose(u"img size : %ld x %ld", source.width(), source.height());
-    QImage target(size, QImage::Format_ARGB32_Premultiplied);
-    if (target.isNull() || source.isNull())
-        return {};
-    target.fill(keepsTransparency ? Qt::transparent : Qt::black);
-    const PlacedPiece piece = placed(source, size, placement);
-    QPainter(&target).drawImage(piece.position, piece.picture);
-    setDpi(target, dpi);
-    return target;
 }
 
 qint64 bitmapBytesPerRow(int width)
@@ -229,14 +156,28 @@ int jpegQuality(double compressionFactor)
     return std::max(1, qRound(100 * (isFactor ? compressionFactor : defaultFactor)));
 }
 
+Result<void> writePicture(const QImage &bitmap, const QString &path, const PictureFormat &format,
+                          int quality, const PictureMetadata &metadata)
+{
+    // Encoded first: what cannot be written must not touch the file's place.
+    const Result<QByteArray> picture = encoded(bitmap, format, quality);
+    if (!picture)
+        return Failure{picture.reason()};
+    const QByteArray content = finished(*picture, metadata);
+    QSaveFile file(path);
+    // commit() alone overlooks a last buffer that could not be written.
+    if (file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.flush() &&
+        file.commit())
+        return {};
+    return Failure{file.errorString()};
+}
+
 bool imgExport(const QImage &bitmap, const QString &path, double compressionFactor)
 {
     if (bitmap.isNull())
         return false;
-    const ExportFormat format = exportFormat(path);
-    const bool isPdf = format.extension == QLatin1String("pdf");
-    const bool isSuccess =
-        isPdf ? writePdf(bitmap, path) : writePicture(bitmap, path, format, compressionFactor);
+    const bool isSuccess = isPdfExtension(path) ? writePdf(bitmap, path)
+                                                : writeByExtension(bitmap, path, compressionFactor);
     logVerbose(u"imgExport - end");
     return isSuccess;
 }
@@ -269,7 +210,7 @@ bool writeSwatch(const QColor &colour, const QString &destination, int width, in
 {
     QImage swatch(100, 100, QImage::Format_ARGB32_Premultiplied);
     swatch.fill(colour);
-    return imgRescale(swatch, destination, width, height, defaultDpi, 0, 1.0);
+    return imgRescale(swatch, destination, width, height, swatchDpi, 0, 1.0);
 }
 
 } // namespace vignar

@@ -1,5 +1,9 @@
 #pragma once
 
+#include "classShared/result.h"
+#include "sheet/pictureFormats.h"
+#include "sheet/pictureMetadata.h"
+
 #include <QColor>
 #include <QImage>
 #include <QSize>
@@ -10,21 +14,13 @@
 namespace vignar
 {
 
-/// How a picture is placed in a target of another shape. The negative modes share the
-/// scale rule of the positive ones, and their centring.
-enum class Placement { stretch = 0, fit = 1, cover = 2, fitCentred = -1, coverCentred = -2 };
-
-/// Pixel size of a picture file; nothing when it does not load as a picture.
+/// Pixel size of a picture file; nothing when it does not load as a picture. Where the
+/// format tells the size in its header, only that is read.
 std::optional<QSize> imgSizes(const QString &path);
 
 /// A picture file, averaged down while it is decoded where a size is given; null when it
-/// does not load.
+/// does not load. Without a size up to 2 GiB of pixels are loaded.
 QImage loadedPicture(const QString &path, const QSize &size = {});
-
-/// A picture redrawn at width × height pixels and dpi (0 or less: 72). keepsTransparency
-/// leaves uncovered pixels transparent, else they are black.
-QImage rescaled(const QImage &source, const QSize &size, double dpi, Placement placement,
-                bool keepsTransparency);
 
 /// Bytes in a row of the bitmap object, which keeps eight times the packed stride. Only
 /// the number is kept: nothing reads the bytes, so no memory holds them.
@@ -33,9 +29,17 @@ qint64 bitmapBytesPerRow(int width);
 /// JPEG quality, 1 … 100, of a compression factor: within (0, 1], else 0.9.
 int jpegQuality(double compressionFactor);
 
-/// Writes a picture in the format of the extension, whatever its case (unknown: JPEG),
-/// beside its final name and renamed over it. False also for a format that no installed
-/// codec writes; never are data of another format written under its name.
+/// Encodes a picture and writes it beside its final name, then renames it over that.
+/// quality: 0 … 100, -1 leaves it to the codec. Metadata that cannot be added is logged
+/// and left out; texts that the picture carries itself never reach the file. The reason of
+/// a failure is meant for the log: no codec, a side longer than the format allows, no
+/// room, no permission. The file that was there is then unchanged.
+Result<void> writePicture(const QImage &bitmap, const QString &path, const PictureFormat &format,
+                          int quality = -1, const PictureMetadata &metadata = {});
+
+/// Writes a picture in the format of the extension, whatever its case (unknown: JPEG).
+/// False also for a format that no installed codec writes; never are data of another
+/// format written under its name.
 bool imgExport(const QImage &bitmap, const QString &path, double compressionFactor);
 
 /// Loads, places and exports; false for an unreadable source or a mode outside -2 … 2.

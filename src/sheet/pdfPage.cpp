@@ -1,5 +1,7 @@
 #include "sheet/pdfPage.h"
 
+#include "sheet/pictureMetadata.h"
+
 #include <QMarginsF>
 #include <QPageSize>
 #include <QPainter>
@@ -7,8 +9,6 @@
 #include <QSaveFile>
 
 #include <cmath>
-
-using namespace Qt::StringLiterals;
 
 namespace vignar
 {
@@ -38,7 +38,7 @@ bool writePdfPage(const QString &path, const PdfPage &page,
     {
         QPdfWriter writer(&file);
         writer.setTitle(page.title);
-        writer.setCreator(u"Vignar"_s);
+        writer.setCreator(softwareName());
         writer.setResolution(qRound(page.dpi));
         writer.setPageSize(pageSize(page));
         writer.setPageMargins(QMarginsF());

@@ -4,8 +4,13 @@
 #include "settings/stringTables.h"
 #include "sheet/imageExport.h"
 #include "sheet/pdfPage.h"
+#include "sheet/picturePlacement.h"
 #include "sheet/sheetDrawing.h"
 #include "sheet/sheetPictures.h"
+#include "sheet/textStyle.h"
+
+#include <QColorSpace>
+#include <QFileInfo>
 
 using namespace Qt::StringLiterals;
 
@@ -38,20 +43,32 @@ void logColours(const SheetColours &asked, const SheetPalette &palette)
     logLine(u"rgba average txt    : %f", luminance(palette.border));
 }
 
-bool writeJpeg(const QString &path, const SheetDrawing &sheet, const SheetPictures &pictures)
+/// The title that the sheet shows; without one, the sheet's own name.
+PictureMetadata metadataOf(const Dico &display, const SheetContent &content)
+{
+    const QString ownName = QFileInfo(readStr(display, Keys::dstPathStr)).fileName();
+    return {content.title.isEmpty() ? ownName : content.title,
+            QFileInfo(readStr(display, Keys::srcPathStr)).fileName()};
+}
+
+bool writeJpeg(const QString &path, const SheetDrawing &sheet, const SheetPictures &pictures,
+               const PictureMetadata &metadata)
 {
     QImage page(sheet.geometry.page, QImage::Format_RGB32);
     if (page.isNull())
         return false;
-    const int dotsPerMeter = qRound(jpegDpi / 0.0254);
-    page.setDotsPerMeterX(dotsPerMeter);
-    page.setDotsPerMeterY(dotsPerMeter);
+    page.setColorSpace(QColorSpace::SRgb);
+    setDpi(page, jpegDpi);
     {
         QPainter painter(&page);
         sheet.draw(painter, pictures);
     }
-    return imgExport(page, path,
-                     luminance(sheet.palette.page) < darkPage ? defaultFactor : bestFactor);
+    const double factor = luminance(sheet.palette.page) < darkPage ? defaultFactor : bestFactor;
+    const Result<void> written =
+        writePicture(page, path, jpegFormat, jpegQuality(factor), metadata);
+    if (!written)
+        logLine(u"sheet               :-( %@", written.reason());
+    return bool(written);
 }
 
 } // namespace
@@ -69,17 +86,19 @@ Result<void> composeSheet(const Dico &display, SheetFormat format)
         return Failure{filled(localised(u"V_reason_writeSheet"_s), path)};
 
     const SheetPictures pictures(read(display, Keys::th).value_or(QStringList()));
-    const auto sheet = sheetDrawing(display, pictures.count(), pageScale(display, format),
-                                    format == SheetFormat::pdf ? largestPdfSide : largestJpegSide);
+    const auto sheet =
+        sheetDrawing(display, pictures.count(), pageScale(display, format),
+                     format == SheetFormat::pdf ? largestPdfSide : jpegFormat.largestSide);
     if (!sheet)
         return Failure{filled(localised(u"V_reason_sheetSize"_s), path)};
 
     logColours(sheetColours(display), sheet->palette);
+    const PictureMetadata metadata = metadataOf(display, sheet->content);
     const bool isWritten =
         format == SheetFormat::pdf
-            ? writePdfPage(path, {sheet->geometry.page, pdfDpi, sheet->content.title},
+            ? writePdfPage(path, {sheet->geometry.page, pdfDpi, singleLine(metadata.title)},
                            [&](QPainter &painter) { sheet->draw(painter, pictures); })
-            : writeJpeg(path, *sheet, pictures);
+            : writeJpeg(path, *sheet, pictures, metadata);
     logLine(u"sheet               :-%@ '%@'", isWritten ? u")"_s : u"("_s, path);
     if (!isWritten)
         return Failure{filled(localised(u"V_reason_writeSheet"_s), path)};

@@ -12,7 +12,8 @@ enum class SheetFormat { jpeg, pdf };
 QString sheetPath(const QString &dstPath, SheetFormat format);
 
 /// Draws the sheet of a display dictionary and writes it beside its final name, then
-/// renames it over that. Pictures that do not load are left out. The reason of a failure
+/// renames it over that. Pictures that do not load are left out. The file carries its title
+/// and the name of the source (Keys::srcPathStr, may be absent). The reason of a failure
 /// names the path. Needs a QGuiApplication for its texts; a dictionary without colours
 /// takes them from the preferences.
 Result<void> composeSheet(const Dico &display, SheetFormat format);

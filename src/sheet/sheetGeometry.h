@@ -1,5 +1,7 @@
 #pragma once
 
+#include "sheet/pictureFormats.h"
+
 #include <QRectF>
 #include <QSize>
 
@@ -9,8 +11,6 @@
 namespace vignar
 {
 
-/// Largest side of a JPEG picture in pixels.
-inline constexpr int largestJpegSide = 65500;
 /// Largest side of a PDF page, 14400 points, at 250 dpi.
 inline constexpr int largestPdfSide = 50000;
 /// Page width at scale 1, in pixels.
@@ -28,7 +28,7 @@ struct GeometryInput {
     /// Page width over basePageWidth.
     double scale = 1;
     int infoLineCount = 0;
-    int largestSide = largestJpegSide;
+    int largestSide = jpegFormat.largestSide;
 };
 
 /// One info line: its name, right-aligned, and what stands after it.

@@ -1,6 +1,7 @@
 #include "sheet/sheetPictures.h"
 
 #include "sheet/imageExport.h"
+#include "sheet/picturePlacement.h"
 #include "sheet/richPictures.h"
 
 namespace vignar

@@ -1,9 +1,13 @@
 #include "sheetFixture.h"
 
 #include "sheet/extractionPasses.h"
+#include "sheet/pictureMetadata.h"
 #include "sheet/sheetComposer.h"
 
 #include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
@@ -77,6 +81,48 @@ private Q_SLOTS:
         for (const QString &part :
              {u"Two lines"_s, u": 1.53 G"_s, u"xx…"_s, u"0:00:00.00 0:00:01.00 0:00:04.00"_s})
             QVERIFY2(text.count(part) == 1, qPrintable(text));
+    }
+
+    void filesSayWhatTheyAre()
+    {
+        const QString name = u"Ça \u200fסרט\u200f 映画 🎬 lang=fr <&>"_s;
+        Dico sheet = display(bigLayout, {picture(0, Qt::red)});
+        sheet.insert({{Keys::srcPathStr, u"/videos/%1.mkv"_s.arg(name)},
+                      {Keys::name, name + u"\x1b\n\ufffe"_s + QChar(0xd800)}});
+        const auto told = [this, &sheet](SheetFormat format, const QString &reader,
+                                         const QStringList &options) {
+            QProcess process;
+            if (composeSheet(sheet, format))
+                process.start(reader,
+                              options + QStringList(sheetPath(at(u"Movie.2019"_s), format)));
+            process.waitForFinished();
+            return process.readAll();
+        };
+        const auto ofJpeg = [&] {
+            const QByteArray json =
+                told(SheetFormat::jpeg, u"exiftool"_s, {u"-j"_s, u"-G1"_s, u"-n"_s});
+            return QJsonDocument::fromJson(json).array().at(0).toObject();
+        };
+        const QJsonObject jpeg = ofJpeg();
+        for (const QString &key : {u"IFD0:ImageDescription"_s, u"XMP-dc:Title"_s})
+            QCOMPARE(jpeg.value(key).toString(), name + u"   \ufffd"_s);
+        for (const QString &key : {u"IFD0:DocumentName"_s, u"XMP-dc:Source"_s})
+            QCOMPARE(jpeg.value(key).toString(), name + u".mkv"_s);
+        for (const QString &key : {u"IFD0:Software"_s, u"XMP-xmp:CreatorTool"_s})
+            QCOMPARE(jpeg.value(key).toString(), softwareName());
+        QCOMPARE(jpeg.value(u"JFIF:XResolution"_s).toInt(), 72);
+        QVERIFY(jpeg.value(u"ICC_Profile:ProfileDescription"_s).toString().contains(u"sRGB"_s));
+        QCOMPARE(QImage(at(u"Movie.2019.jpg"_s)).size(), QSize(1280, 436));
+
+        const QString pdf = QString::fromUtf8(told(SheetFormat::pdf, u"pdfinfo"_s, {}));
+        QVERIFY2(pdf.contains(name), qPrintable(pdf));
+        QVERIFY2(pdf.contains(softwareName()), qPrintable(pdf));
+        // 1920 pixels at 250 to the inch.
+        QVERIFY2(pdf.contains(u"553 x "_s), qPrintable(pdf));
+
+        // Without a title on the sheet its file is called by its own name.
+        sheet.remove(Keys::name.text);
+        QCOMPARE(ofJpeg().value(u"XMP-dc:Title"_s).toString(), u"Movie.2019"_s);
     }
 
     void mixShowsTheHeaviestPicture()
