@@ -12,7 +12,7 @@ public:
     double measureFrameRate(const QString &, RateMeasurement) override { return 0; }
     bool writeExtract(const QString &, const QString &) override { return false; }
     bool canDecode(const QString &) override { return false; }
-    bool makeThumbnail(const QString &, const QString &, int, int) override { return false; }
+    std::unique_ptr<OpenedMovie> openMovie(const QString &) override { return {}; }
     bool hasMpeg2Playback() const override { return false; }
     bool hasMpeg2Demultiplexer() const override { return false; }
 };

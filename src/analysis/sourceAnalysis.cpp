@@ -367,15 +367,15 @@ void SourceAnalysis::testMovieDecoding()
 {
     if (m_isSkipQt)
         return;
-    MovieFramework *framework = m_readers.movieFramework;
     if (m_input.testPictureFolder.isEmpty()) {
-        m_isSkipQt = !framework->canDecode(m_input.srcPath);
+        m_isSkipQt = !m_readers.movieFramework->canDecode(m_input.srcPath);
         return;
     }
     const auto dar = read(m_record, Keys::v_dar, 0);
     const double ratio = dar ? fractionStr2Float(*dar) : assumedAspect;
-    m_isSkipQt = !framework->makeThumbnail(m_input.srcPath, m_input.testPictureFolder,
-                                           testPictureWidth, int(testPictureWidth / ratio));
+    const QSize size(testPictureWidth, int(testPictureWidth / ratio));
+    m_isSkipQt = !m_readers.grabTestFrame ||
+                 !m_readers.grabTestFrame(m_input.srcPath, m_input.testPictureFolder, size);
 }
 
 void SourceAnalysis::chooseDecoder()

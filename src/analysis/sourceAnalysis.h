@@ -3,6 +3,8 @@
 #include "analysis/movieFramework.h"
 #include "classShared/result.h"
 
+#include <QSize>
+
 #include <functional>
 
 namespace vignar
@@ -23,6 +25,9 @@ struct AnalysisInput {
 /// function counts as a reader that failed, or a probe without an answer.
 struct AnalysisReaders {
     MovieFramework *movieFramework = nullptr;
+    /// Writes the movie's first frame into the folder, through the framework.
+    std::function<bool(const QString &path, const QString &folder, const QSize &size)>
+        grabTestFrame;
     std::function<std::optional<Dico>(const QString &path)> mpegInfoDico;
     std::function<bool(const QString &path, const QString &report)> isFfmpegVsync;
     std::function<std::optional<Dico>(const QString &report)> ptsDtsOffsetMs;

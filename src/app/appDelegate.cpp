@@ -1,5 +1,6 @@
 #include "app/appDelegate.h"
 
+#include "app/frameGrabber.h"
 #include "classShared/lineLog.h"
 #include "settings/alerts.h"
 #include "settings/preferences.h"
@@ -10,13 +11,28 @@ namespace vignar
 
 using namespace Qt::StringLiterals;
 
+namespace
+{
+
+AnalysisReaders readersWith(MovieFramework *framework)
+{
+    AnalysisReaders readers = systemReaders(framework);
+    readers.grabTestFrame = [framework](const QString &source, const QString &folder,
+                                        const QSize &size) {
+        return framework && grabTestFrame(*framework, source, folder, size);
+    };
+    return readers;
+}
+
+} // namespace
+
 appDelegate::appDelegate(Outlets &outlets, std::unique_ptr<MovieFramework> movieFramework)
     : m_outlets(outlets),
       m_movieFramework(std::move(movieFramework)),
       m_batch(outlets),
       m_reporter(outlets),
       m_intake(outlets, m_batch),
-      m_analysisDriver(outlets, m_batch, m_reporter, systemReaders(m_movieFramework.get())),
+      m_analysisDriver(outlets, m_batch, m_reporter, readersWith(m_movieFramework.get())),
       m_sheetDriver(outlets, m_batch, m_reporter)
 {
     clearWorkingKeys();

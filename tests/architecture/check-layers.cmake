@@ -11,6 +11,7 @@ set(imageformats_uses "")
 set(sheet_uses ${tasks_uses} tasks)
 set(app_uses ${analysis_uses} analysis sheet)
 set(cli_uses ${app_uses} app)
+set(qtThumbs_uses ${app_uses} app)
 set(shell_uses ${app_uses} app)
 
 function(check folder file what used)
