@@ -145,6 +145,7 @@ StepEnd SheetDriver::compose()
 Dico SheetDriver::displayOfSheet() const
 {
     Dico display = read(workingRecord(), Keys::appvgDisplay).value_or(Dico());
+    write(display, Keys::srcPathStr, m_outcome->source);
     write(display, Keys::dstPathStr, m_target.dstPath);
     write(display, Keys::th, extractedPictures(m_folder.path));
     write(display, Keys::bigMedMinMix, m_layout);
