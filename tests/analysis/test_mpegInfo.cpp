@@ -127,9 +127,11 @@ private Q_SLOTS:
             << sequence() + sequenceEnd + group(0, 0, 0, 0) << noGop;
         QTest::newRow("pack without video")
             << packStart + packet(0xC0, "\x0F", sequence() + group(0, 0, 0, 0)) << noMpeg;
-        QTest::newRow("ended program") << packStart + QByteArray::fromHex("000001b9") +
-                                              packet(0xE0, "\x0F", sequence() + group(0, 0, 0, 0))
-                                       << noMpeg;
+        // What follows the end would complete the zero that stands for it.
+        QTest::newRow("ended program")
+            << packStart + QByteArray::fromHex("000001b9") + QByteArray(3000, 'x') +
+                   packet(0xE0, "\x0F", sequence().sliced(1) + group(0, 0, 0, 0))
+            << noMpeg;
     }
     void saysWhyItRefuses()
     {
@@ -169,6 +171,8 @@ private Q_SLOTS:
             << pal << group(0, 0, 1, 12) << group(0, 0, 4, 0) << 1 << u"2.56 13"_s;
         QTest::newRow("carries, over midnight")
             << pal << group(23, 59, 59, 0) << group(23, 59, 59, 24) << 26 << u"2 86399"_s;
+        QTest::newRow("a whole day counts as none")
+            << pal << group(0, 0, 0, 0) << group(23, 59, 59, 24) << 1 << u"0 0"_s;
         QTest::newRow("borrows from every field")
             << pal << group(1, 59, 59, 24) << group(3, 0, 0, 0) << 0 << u"3600.04 7223"_s;
         QTest::newRow("29.97 has 29 pictures a second")
@@ -265,10 +269,11 @@ private Q_SLOTS:
         constexpr qint64 gap = 5'000'000'000;
         const QByteArray video = sequence() + group(0, 0, 0, 0);
         mpegInfo reader;
-        QCOMPARE(reader.readInformations(fileOf(video, gap, group(1, 0, 0, 0) + picture)),
-                 QString());
-        QCOMPARE(parts(reader.duration()), QList<int>({1, 0, 0, 1}));
-        QVERIFY(reader.bytesRead() < 4 * 2048);
+        QCOMPARE(
+            reader.readInformations(fileOf(video, gap, group(1, 0, 0, 0) + picture.repeated(1000))),
+            QString());
+        QCOMPARE(parts(reader.duration()), QList<int>({1, 0, 40, 0}));
+        QVERIFY(reader.bytesRead() < 12 * 2048);
         QCOMPARE(reader.readInformations(fileOf("RIFF", gap)), u"Not an MPEG-2 file"_s);
         QVERIFY(reader.bytesRead() <= 2048);
         QCOMPARE(reader.readInformations(fileOf(packStart, gap, video)), u"Not an MPEG-2 file"_s);
