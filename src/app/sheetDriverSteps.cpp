@@ -2,6 +2,7 @@
 
 #include "app/batchList.h"
 #include "app/progressReporter.h"
+#include "app/sheetDisplay.h"
 #include "classShared/lineLog.h"
 #include "settings/applicationPlaces.h"
 #include "settings/logFiles.h"
@@ -18,23 +19,6 @@ namespace vignar
 {
 
 using namespace Qt::StringLiterals;
-
-namespace
-{
-
-/// The info line or map of the display dictionary, and the check box that shows it.
-struct SheetItem {
-    QLatin1String display;
-    Key<int> preference;
-};
-constexpr SheetItem sheetItems[] = {
-    {Keys::name.text, Prefs::pageName},           {Keys::location.text, Prefs::pageLocation},
-    {Keys::date.text, Prefs::pageDate},           {Keys::duration.text, Prefs::pageDuration},
-    {Keys::vIdentity.text, Prefs::pageVIdentity}, {Keys::poids.text, Prefs::pagePoids},
-    {Keys::essence.text, Prefs::pageEssence},     {Keys::timecode.text, Prefs::prefTimecode},
-};
-
-} // namespace
 
 StepEnd SheetDriver::runGrabberPass()
 {
@@ -144,22 +128,13 @@ StepEnd SheetDriver::compose()
 
 Dico SheetDriver::displayOfSheet() const
 {
-    Dico display = read(workingRecord(), Keys::appvgDisplay).value_or(Dico());
+    Dico display =
+        sheetDisplay(read(workingRecord(), Keys::appvgDisplay).value_or(Dico()), m_layout);
     write(display, Keys::srcPathStr, m_outcome->source);
     write(display, Keys::dstPathStr, m_target.dstPath);
     write(display, Keys::th, extractedPictures(m_folder.path));
-    write(display, Keys::bigMedMinMix, m_layout);
-    write(display, Keys::borderColor, prefValue(Prefs::prefBorderColor));
-    write(display, Keys::borderSize, prefValue(Prefs::prefBorderSize));
-    write(display, Keys::bkgColor, prefValue(Prefs::pageBkgColor));
     if (m_dpi > 0)
         write(display, Keys::pageWidth, m_dpi);
-    if (prefValue(Prefs::bannerDisplayNo))
-        write(display, Keys::bannerDisplayNo, 1);
-    for (const SheetItem &item : sheetItems) {
-        if (!prefValue(item.preference))
-            display.remove(item.display);
-    }
     return display;
 }
 

@@ -1,0 +1,41 @@
+#include "app/sheetDisplay.h"
+
+#include "settings/preferences.h"
+
+namespace vignar
+{
+
+namespace
+{
+
+/// The info line or map of the display dictionary, and the check box that shows it.
+struct SheetItem {
+    QLatin1String display;
+    Key<int> preference;
+};
+constexpr SheetItem sheetItems[] = {
+    {Keys::name.text, Prefs::pageName},           {Keys::location.text, Prefs::pageLocation},
+    {Keys::date.text, Prefs::pageDate},           {Keys::duration.text, Prefs::pageDuration},
+    {Keys::vIdentity.text, Prefs::pageVIdentity}, {Keys::poids.text, Prefs::pagePoids},
+    {Keys::essence.text, Prefs::pageEssence},     {Keys::timecode.text, Prefs::prefTimecode},
+};
+
+} // namespace
+
+Dico sheetDisplay(const Dico &planned, int layout)
+{
+    Dico display = planned;
+    write(display, Keys::bigMedMinMix, layout);
+    write(display, Keys::borderColor, prefValue(Prefs::prefBorderColor));
+    write(display, Keys::borderSize, prefValue(Prefs::prefBorderSize));
+    write(display, Keys::bkgColor, prefValue(Prefs::pageBkgColor));
+    if (prefValue(Prefs::bannerDisplayNo))
+        write(display, Keys::bannerDisplayNo, 1);
+    for (const SheetItem &item : sheetItems) {
+        if (!prefValue(item.preference))
+            display.remove(item.display);
+    }
+    return display;
+}
+
+} // namespace vignar
