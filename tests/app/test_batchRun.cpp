@@ -4,13 +4,13 @@
 #include "settings/preferences.h"
 #include "settings/stringTables.h"
 #include "support/folderListing.h"
+#include "support/makeClip.h"
 #include "support/recordingOutlets.h"
 #include "tasks/workFolder.h"
 
 #include <QDir>
 #include <QFile>
 #include <QImageReader>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -21,16 +21,6 @@ namespace
 {
 
 constexpr int patience = 60000;
-
-/// Makes a clip with ffmpeg from a picture source and further arguments.
-bool makeClip(const QString &path, const QString &source, const QStringList &arguments = {})
-{
-    QDir().mkpath(QFileInfo(path).path());
-    QStringList all{u"-loglevel"_s, u"error"_s, u"-y"_s, u"-f"_s, u"lavfi"_s, u"-i"_s, source};
-    all += arguments;
-    all += path;
-    return QProcess::execute(u"ffmpeg"_s, all) == 0;
-}
 
 } // namespace
 

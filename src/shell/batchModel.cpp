@@ -1,0 +1,178 @@
+#include "shell/batchModel.h"
+
+#include "app/batchList.h"
+#include "settings/stringTables.h"
+
+#include <QFileInfo>
+
+namespace vignar
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+QString withoutMnemonic(QString words)
+{
+    return words.remove(u'&');
+}
+
+QString layoutText(int layout)
+{
+    switch (layout) {
+    case bigLayout:
+        return localised(u"V_layout_big"_s);
+    case medLayout:
+        return localised(u"V_layout_med"_s);
+    case minLayout:
+        return localised(u"V_layout_min"_s);
+    default:
+        return localised(u"V_layout_mix"_s);
+    }
+}
+
+QString folderOf(const QString &source)
+{
+    return QFileInfo(source).path();
+}
+
+} // namespace
+
+QString choiceText(int layout, int format)
+{
+    const QString formatText = localised(format == 0 ? u"V_format_pdf"_s : u"V_format_jpeg"_s);
+    return withoutMnemonic(layoutText(layout) + u" · "_s + formatText);
+}
+
+BatchModel::BatchModel(BatchList &batch, QObject *parent)
+    : QAbstractListModel(parent), m_batch(batch), m_count(batch.count())
+{
+    connect(&batch, &BatchList::rowAdded, this, &BatchModel::rowAdded);
+    connect(&batch, &BatchList::rowChanged, this, &BatchModel::rowChanged);
+    connect(&batch, &BatchList::rowRemoved, this, &BatchModel::rowRemoved);
+    connect(&m_folders, &QFileSystemWatcher::directoryChanged, this, &BatchModel::lookForSources);
+}
+
+int BatchModel::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : m_count;
+}
+
+void BatchModel::rowAdded(int index)
+{
+    beginInsertRows({}, index, index);
+    ++m_count;
+    endInsertRows();
+    const QString source = m_batch.sourcePath(index);
+    if (!QFileInfo::exists(source))
+        m_missing.insert(source);
+    if (const QString folder = folderOf(source); QFileInfo(folder).isDir())
+        m_folders.addPath(folder);
+}
+
+void BatchModel::rowChanged(int index)
+{
+    Q_EMIT dataChanged(this->index(index), this->index(index));
+}
+
+void BatchModel::rowRemoved(int index)
+{
+    beginRemoveRows({}, index, index);
+    --m_count;
+    endRemoveRows();
+    // The rows below have another number now.
+    if (index < m_count)
+        Q_EMIT dataChanged(this->index(index), this->index(m_count - 1));
+}
+
+void BatchModel::setFate(const QString &source, const RowFate &fate)
+{
+    m_fates.insert(source, fate);
+    for (int row = 0; row < m_count; ++row) {
+        if (m_batch.sourcePath(row) == source)
+            rowChanged(row);
+    }
+}
+
+void BatchModel::lookForSources()
+{
+    for (int row = 0; row < m_count; ++row) {
+        const QString source = m_batch.sourcePath(row);
+        const bool isMissing = !QFileInfo::exists(source);
+        if (isMissing == m_missing.contains(source))
+            continue;
+        if (isMissing)
+            m_missing.insert(source);
+        else
+            m_missing.remove(source);
+        rowChanged(row);
+    }
+}
+
+QString BatchModel::statusText(int row) const
+{
+    const QString source = m_batch.sourcePath(row);
+    const QString marker = m_batch.resultat(row);
+    const RowFate fate = m_fates.value(source);
+    if (marker == Puces::puceCurrent)
+        return localised(u"V_row_current"_s);
+    if (m_missing.contains(source))
+        return localised(u"V_row_missing"_s);
+    if (marker == Puces::puceSuccess)
+        return localised(u"V_row_success"_s);
+    if (marker == Puces::puce)
+        return localised(u"V_row_waiting"_s);
+    return fate.sheet.isEmpty() ? localised(u"V_row_failure"_s) : localised(u"V_row_kept"_s);
+}
+
+QString BatchModel::accessibleText(const QModelIndex &index) const
+{
+    return QStringList{index.data(orderRole).toString(), index.data(Qt::DisplayRole).toString(),
+                       index.data(statusRole).toString(),
+                       fate(index.data(pathRole).toString()).reason,
+                       index.data(captionRole).toString()}
+        .join(u", "_s);
+}
+
+QVariant BatchModel::data(const QModelIndex &index, int role) const
+{
+    const int row = index.row();
+    if (!index.isValid() || row >= m_batch.count())
+        return {};
+    const QString source = m_batch.sourcePath(row);
+    const BatchEntry &entry = m_batch.row(row);
+    switch (role) {
+    case Qt::DisplayRole:
+        return QFileInfo(source).fileName();
+    case Qt::DecorationRole:
+        return entry.value(RowKeys::img);
+    case Qt::ToolTipRole: {
+        const QString reason = fate(source).reason;
+        return reason.isEmpty() ? source : source + u'\n' + reason;
+    }
+    case Qt::AccessibleTextRole:
+        return accessibleText(index);
+    case captionRole:
+        return readStr(entry, RowKeys::src).section(u'\n', 1).replace(u'\n', u" · "_s);
+    case markerRole:
+        return m_batch.resultat(row);
+    case statusRole:
+        return statusText(row);
+    case choiceRole:
+        return choiceText(read(entry, Keys::out).value_or(mixLayout),
+                          read(entry, Keys::dpi).value_or(1));
+    case missingRole:
+        return isMissing(source);
+    case orderRole:
+        return entry.value(RowKeys::order);
+    case pathRole:
+        return source;
+    case sheetRole:
+        return fate(source).sheet;
+    default:
+        return {};
+    }
+}
+
+} // namespace vignar

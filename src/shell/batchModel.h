@@ -1,0 +1,73 @@
+#pragma once
+
+#include "app/outlets.h"
+
+#include <QAbstractListModel>
+#include <QFileSystemWatcher>
+#include <QHash>
+#include <QSet>
+
+namespace vignar
+{
+
+class BatchList;
+
+/// What became of a row, for the words beside its marker.
+struct RowFate {
+    QString reason;
+    /// Path of the sheet that was made or kept; empty: none.
+    QString sheet;
+};
+
+/// The batch list as the drawer shows it, one item a row.
+class BatchModel : public QAbstractListModel
+{
+    Q_OBJECT
+
+public:
+    enum Role {
+        /// Second and third line of the caption, joined.
+        captionRole = Qt::UserRole,
+        /// Name of the result marker, one of Puces.
+        markerRole,
+        /// The marker in words.
+        statusRole,
+        /// Layout and format in words.
+        choiceRole,
+        missingRole,
+        orderRole,
+        pathRole,
+        sheetRole
+    };
+
+    explicit BatchModel(BatchList &batch, QObject *parent = nullptr);
+
+    int rowCount(const QModelIndex &parent = {}) const override;
+    QVariant data(const QModelIndex &index, int role) const override;
+
+    RowFate fate(const QString &source) const { return m_fates.value(source); }
+    void setFate(const QString &source, const RowFate &fate);
+    bool isMissing(const QString &source) const { return m_missing.contains(source); }
+
+    /// Looks again which sources are there.
+    void lookForSources();
+
+private:
+    void rowAdded(int index);
+    void rowChanged(int index);
+    void rowRemoved(int index);
+    QString statusText(int row) const;
+    QString accessibleText(const QModelIndex &index) const;
+
+    BatchList &m_batch;
+    /// Rows told to the views: the list changes before it tells.
+    int m_count = 0;
+    QHash<QString, RowFate> m_fates;
+    QSet<QString> m_missing;
+    QFileSystemWatcher m_folders;
+};
+
+/// "Mix · JPEG".
+QString choiceText(int layout, int format);
+
+} // namespace vignar

@@ -1,0 +1,155 @@
+#include "shell/desktopSession.h"
+
+#include "classShared/format.h"
+#include "classShared/lineLog.h"
+#include "settings/preferences.h"
+#include "settings/stringTables.h"
+#include "sheet/extractionFolder.h"
+#include "shell/noticeBar.h"
+#include "shell/windowPlaces.h"
+
+#include <QFileInfo>
+
+namespace vignar
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+const QString windowName = u"main"_s;
+constexpr int endAttemptLimit = 3;
+
+} // namespace
+
+SessionState DesktopSession::state()
+{
+    SessionState state;
+    const BatchList &batch = m_application.whichArrayController();
+    for (int row = 0; row < batch.count(); ++row)
+        state.rows.append({batch.row(row), m_model.fate(batch.sourcePath(row))});
+
+    const Dico pending = prefStored(RunKeys::analysisSrcPathesDico).value_or(Dico());
+    const QString current = prefReadStr(RunKeys::analysisSrcPathStr);
+    if (current.startsWith(u'/'))
+        state.pending.append(current);
+    for (int number = 0; number < pending.size(); ++number)
+        state.pending.append(pending.value(QString::number(number)).toString());
+
+    state.isMaking = m_application.sheetDriver().isActive() && !m_isEnding;
+    if (state.isMaking)
+        state.unfinished =
+            readStr(prefStored(RunKeys::processEncDico).value_or(Dico()), Keys::dstPathStr);
+    return state;
+}
+
+void DesktopSession::start(const QStringList &paths)
+{
+    restoreWindowPlace(m_window, windowName);
+    restore();
+    m_window.show();
+    if (!paths.isEmpty())
+        openFiles(paths);
+}
+
+void DesktopSession::restore()
+{
+    const SessionState saved = m_saved.load();
+    BatchList &batch = m_application.whichArrayController();
+    int unmade = 0;
+    for (const SessionState::Row &row : saved.rows) {
+        batch.append(row.entry);
+        const int index = batch.count() - 1;
+        m_model.setFate(batch.sourcePath(index), row.fate);
+        unmade += batch.resultat(index) != Puces::puceSuccess;
+    }
+    setGoAllowed(batch.count() > 0);
+    if (saved.isMaking) {
+        clearUnfinished(saved.unfinished);
+        Notice notice{NoticeKind::warning,
+                      localised(u"V_crash_title"_s),
+                      filled(localised(u"V_crash_text"_s), unmade),
+                      {}};
+        if (unmade > 0)
+            notice.buttons.append(
+                {localised(u"V_crash_goOn"_s), [this] { go(RowsToMake::unmade); }});
+        m_window.notices().show(notice);
+    }
+    if (!saved.pending.isEmpty())
+        openFiles(saved.pending);
+}
+
+void DesktopSession::clearUnfinished(const QString &dstPath)
+{
+    // The pictures of a sheet that a run of ours could not finish; its folder knows us.
+    if (dstPath.isEmpty() || !QFileInfo(plannedExtractionFolder(dstPath)).isDir())
+        return;
+    if (const auto folder = claimExtractionFolder(dstPath))
+        releaseExtractionFolder(folder->path, folder->made);
+}
+
+void DesktopSession::quit()
+{
+    m_window.close();
+}
+
+void DesktopSession::quitNow()
+{
+    m_window.setCloseQuestion({});
+    if (!m_isEnding) {
+        m_isEnding = true;
+        saveWindowPlace(m_window, windowName);
+        m_saved.freeze();
+        m_application.stopAll();
+    }
+    m_window.close();
+    endWhenIdle();
+}
+
+bool DesktopSession::mayClose()
+{
+    if (m_isEnding)
+        return true;
+    if (!m_application.isCloseQuit())
+        return false;
+    // Saved before the stop: what it interrupts waits in the list of the next start.
+    m_isEnding = true;
+    saveWindowPlace(m_window, windowName);
+    m_saved.freeze();
+    m_application.stopAll();
+    return true;
+}
+
+void DesktopSession::endWhenIdle()
+{
+    if (!m_isEnding || m_hasEnded)
+        return;
+    const bool isBusy =
+        m_application.sheetDriver().isActive() || m_application.analysisDriver().isActive();
+    if (isBusy) {
+        m_endTimer.start();
+        return;
+    }
+    m_hasEnded = true;
+    m_endTimer.stop();
+    // Queued: a driver may still be on the call stack.
+    QMetaObject::invokeMethod(this, &DesktopSession::ended, Qt::QueuedConnection);
+}
+
+void DesktopSession::retryEnding()
+{
+    ++m_endAttempts;
+    if (m_endAttempts < endAttemptLimit) {
+        logLine(m_endAttempts == 1 ? u"…et 2"_s : u"…et 3"_s);
+        m_application.stopAll();
+        return;
+    }
+    // The tools die with us.
+    logLine(u"…et 3 :-( echec");
+    m_endTimer.stop();
+    m_hasEnded = true;
+    Q_EMIT ended();
+}
+
+} // namespace vignar

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QLabel>
+#include <QPainter>
+#include <QStyle>
+
+namespace vignar
+{
+
+/// One line of plain text, its middle left out where the room is too small.
+class ElidedLabel : public QLabel
+{
+public:
+    explicit ElidedLabel(QWidget *parent = nullptr) : QLabel(parent)
+    {
+        setTextFormat(Qt::PlainText);
+        setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    }
+
+    QSize minimumSizeHint() const override { return {0, fontMetrics().height()}; }
+
+protected:
+    void paintEvent(QPaintEvent *) override
+    {
+        QPainter painter(this);
+        painter.setPen(palette().color(foregroundRole()));
+        painter.drawText(contentsRect(),
+                         int(QStyle::visualAlignment(layoutDirection(), alignment())),
+                         fontMetrics().elidedText(text(), Qt::ElideMiddle, contentsRect().width()));
+    }
+};
+
+} // namespace vignar

@@ -1,0 +1,95 @@
+#include "shell/helpCommands.h"
+
+#include "classShared/lineLog.h"
+#include "settings/alerts.h"
+#include "settings/logFiles.h"
+#include "settings/stringTables.h"
+#include "shell/fileManager.h"
+#include "shell/icons.h"
+#include "shell/mainMenu.h"
+#include "shell/mainWindow.h"
+#include "tasks/blockingRuns.h"
+#include "tasks/toolPlaces.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QMessageBox>
+
+namespace vignar
+{
+
+using namespace Qt::StringLiterals;
+
+QString ffmpegVersion()
+{
+    const QString tool = ffmpegPath();
+    if (tool.isEmpty())
+        return {};
+    // "ffmpeg version 5.1.6-0+deb12u1 Copyright (c) …"
+    const QString line = taskArray({tool, u"-version"_s}).section(u'\n', 0, 0);
+    return line.startsWith("ffmpeg version "_L1) ? u"ffmpeg "_s + line.section(u' ', 2, 2)
+                                                 : QString();
+}
+
+HelpCommands::HelpCommands(MainWindow &window, QObject *parent) : QObject(parent), m_window(window)
+{
+    MainMenu &menu = window.menu();
+    connect(menu.debugToggle, &QAction::triggered, this, &HelpCommands::iba_menuDebugToggle);
+    connect(menu.openDetailedLog, &QAction::triggered, this,
+            [this] { iba_OpenFile(detailedLogPath()); });
+    connect(menu.openSummaryLog, &QAction::triggered, this,
+            [this] { iba_OpenFile(summaryLogPath()); });
+    connect(menu.openTexts, &QAction::triggered, this, &HelpCommands::iba_openLocalizationFile);
+    connect(menu.about, &QAction::triggered, this, &HelpCommands::showAbout);
+}
+
+void HelpCommands::iba_menuDebugToggle()
+{
+    QAction &item = *m_window.menu().debugToggle;
+    logLine(u"a_menuDebugToggle   …");
+    logLine(u"a_menuDebugToggle   : %@", item.text());
+    const bool isOn = !isDebug();
+    item.setText(localised(isOn ? u"menuDebug0"_s : u"menuDebug1"_s));
+    item.setChecked(isOn);
+    setDebug(isOn);
+    logLine(u"menuDebug           : %d", isOn);
+}
+
+void HelpCommands::iba_OpenFile(const QString &path)
+{
+    logDebug(u"iba_OpenFile        : %@", path);
+    openInDesktop(path);
+}
+
+void HelpCommands::iba_openLocalizationFile()
+{
+    const QString path = currentLocalizationFile();
+    logLine(u"Local language      : %@", interfaceLanguage());
+    if (path.isNull())
+        return;
+    const bool isRevealed = showInFileManager(path);
+    logLine(u"revealFolderInFinder? %d (%@)", isRevealed, path);
+    alertTimed(localised(u"localizationToOpen"_s), localised(u"localizationOpened"_s), {}, {}, {},
+               AlertStyle::informational, 0);
+}
+
+void HelpCommands::showAbout()
+{
+    QStringList lines{u"Qt "_s + QString::fromLatin1(qVersion())};
+    if (const QString version = ffmpegVersion(); !version.isNull())
+        lines << version;
+    lines << m_components;
+    auto *box = new QMessageBox(&m_window);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setWindowTitle(localised(u"V_menu_about"_s).remove(u'&'));
+    box->setTextFormat(Qt::PlainText);
+    box->setIconPixmap(applicationIcon().pixmap(64));
+    box->setText(QGuiApplication::applicationDisplayName() + u' ' +
+                 QCoreApplication::applicationVersion());
+    box->setInformativeText(localised(u"V_about_purpose"_s) + u"\n\n"_s + lines.join(u'\n'));
+    box->setStandardButtons(QMessageBox::Close);
+    box->setWindowModality(Qt::WindowModal);
+    box->open();
+}
+
+} // namespace vignar

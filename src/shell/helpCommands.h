@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QObject>
+#include <QStringList>
+
+namespace vignar
+{
+
+class MainWindow;
+
+/// Carries out the commands of the help menu: the logs, the texts, about.
+class HelpCommands : public QObject
+{
+    Q_OBJECT
+
+public:
+    HelpCommands(MainWindow &window, QObject *parent);
+
+    /// A further line for the about box, such as a library's name and version.
+    void addComponent(const QString &nameAndVersion) { m_components.append(nameAndVersion); }
+
+    void iba_menuDebugToggle();
+    void iba_openLocalizationFile();
+
+private:
+    void iba_OpenFile(const QString &path);
+    void showAbout();
+
+    MainWindow &m_window;
+    QStringList m_components;
+};
+
+/// "ffmpeg 5.1.6" of the ffmpeg in use; null when there is none.
+QString ffmpegVersion();
+
+} // namespace vignar

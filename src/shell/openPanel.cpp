@@ -1,0 +1,58 @@
+#include "shell/openPanel.h"
+
+#include "app/sourceFiles.h"
+#include "settings/stringTables.h"
+
+#include <QFileDialog>
+#include <QStandardPaths>
+
+namespace vignar
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+/// Where the user chose sources last in this run.
+QString &lastFolder()
+{
+    static QString folder = QStandardPaths::writableLocation(QStandardPaths::MoviesLocation);
+    return folder;
+}
+
+} // namespace
+
+QString sourceFilter()
+{
+    QStringList patterns;
+    for (const QString &extension : declaredExtensions()) {
+        const QString capitalised = extension.left(1).toUpper() + extension.mid(1);
+        for (const QString &spelling : {extension, extension.toUpper(), capitalised}) {
+            if (hasAdmittedExtension(u"a."_s + spelling))
+                patterns.append(u"*."_s + spelling);
+        }
+    }
+    return localised(u"V_open_filter"_s) + u" ("_s + patterns.join(u' ') + u')';
+}
+
+QStringList chooseSources(QWidget &window)
+{
+    const QStringList paths = QFileDialog::getOpenFileNames(&window, localised(u"menuOpen"_s),
+                                                            lastFolder(), sourceFilter());
+    if (!paths.isEmpty())
+        lastFolder() = QFileInfo(paths.first()).path();
+    return paths;
+}
+
+QStringList chooseSourceFolder(QWidget &window)
+{
+    const QString folder =
+        QFileDialog::getExistingDirectory(&window, localised(u"menuOpen"_s), lastFolder());
+    if (folder.isEmpty())
+        return {};
+    lastFolder() = folder;
+    return {folder};
+}
+
+} // namespace vignar

@@ -1,0 +1,123 @@
+#include "shell/preferences/preferenceRows.h"
+
+#include "classShared/sourceDico.h"
+#include "settings/stringTables.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace vignar
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+using Pane = PreferencePane;
+using Kind = ControlKind;
+using Action = PreferencePanel::Action;
+
+constexpr PreferenceRow::Condition isOn(const Key<int> &key)
+{
+    return {key.text.data(), 1};
+}
+
+constexpr PreferenceRow::Condition isOff(const Key<int> &key)
+{
+    return {key.text.data(), 0};
+}
+
+/// Widths that a sheet is legible at and a viewer still opens.
+constexpr PreferenceRow::Range pageWidths{640, 7680, 16};
+/// Wider frames would leave the small pictures of a sheet no room.
+constexpr PreferenceRow::Range frameWidths{0, 40, 0.5};
+/// A second to a day.
+constexpr PreferenceRow::Range intervals{1, 86400, 1};
+
+// clang-format off
+constexpr PreferenceRow rows[] = {
+    {.key = Prefs::prefDefautDstPathStr.text, .pane = Pane::general, .kind = Kind::folder, .action = Action::prepareDestination},
+    {.key = Prefs::prefAlertEnd.text, .pane = Pane::general, .kind = Kind::checkBox, .beginsGroup = true},
+    {.key = Prefs::update.text, .pane = Pane::general, .kind = Kind::checkBox, .beginsGroup = true},
+
+    {.key = Prefs::prefCheckMatrix.text, .pane = Pane::sheet, .kind = Kind::layoutChoice},
+    {.key = Prefs::prefColor.text, .pane = Pane::sheet, .kind = Kind::presetChoice, .action = Action::setColor},
+    {.key = Prefs::pageBkgColor.text, .pane = Pane::sheet, .kind = Kind::colour},
+    {.key = Prefs::prefBorderColor.text, .pane = Pane::sheet, .kind = Kind::colour},
+    {.key = Prefs::prefBorderSize.text, .pane = Pane::sheet, .kind = Kind::decimal, .range = frameWidths},
+    {.key = Prefs::pageName.text, .pane = Pane::sheet, .kind = Kind::checkBox, .beginsGroup = true},
+    {.key = Prefs::pageLocation.text, .pane = Pane::sheet, .kind = Kind::checkBox},
+    {.key = Prefs::pageDate.text, .pane = Pane::sheet, .kind = Kind::checkBox},
+    {.key = Prefs::pageDuration.text, .pane = Pane::sheet, .kind = Kind::checkBox},
+    {.key = Prefs::pageVIdentity.text, .pane = Pane::sheet, .kind = Kind::checkBox},
+    {.key = Prefs::pagePoids.text, .pane = Pane::sheet, .kind = Kind::checkBox},
+    {.key = Prefs::pageEssence.text, .pane = Pane::sheet, .kind = Kind::checkBox},
+
+    {.key = Prefs::prefLimitAuto.text, .pane = Pane::thumbnails, .kind = Kind::checkBox, .beginsGroup = true, .action = Action::thLimitAuto},
+    {.key = Prefs::prefLimitBig.text, .pane = Pane::thumbnails, .kind = Kind::limit, .enabledWhen = {isOff(Prefs::prefLimitAuto)}},
+    {.key = Prefs::prefLimitMed.text, .pane = Pane::thumbnails, .kind = Kind::limit, .enabledWhen = {isOff(Prefs::prefLimitAuto)}},
+    {.key = Prefs::prefLimitMin.text, .pane = Pane::thumbnails, .kind = Kind::limit, .enabledWhen = {isOff(Prefs::prefLimitAuto)}},
+    {.key = Prefs::prefLimitMix.text, .pane = Pane::thumbnails, .kind = Kind::limit, .enabledWhen = {isOff(Prefs::prefLimitAuto)}},
+    {.key = Prefs::prefDerush.text, .pane = Pane::thumbnails, .kind = Kind::checkBox, .beginsGroup = true, .action = Action::thLimitAuto},
+    {.key = Prefs::prefDerushInterval.text, .pane = Pane::thumbnails, .kind = Kind::integer, .range = intervals, .enabledWhen = {isOn(Prefs::prefDerush)}},
+    {.key = Prefs::prefTimecode.text, .pane = Pane::thumbnails, .kind = Kind::checkBox, .beginsGroup = true},
+
+    {.key = Prefs::prefDpi.text, .pane = Pane::output, .kind = Kind::formatChoice, .action = Action::prefDpi},
+    {.key = Prefs::prefComputerWidthAuto.text, .pane = Pane::output, .kind = Kind::checkBox, .beginsGroup = true, .enabledWhen = {isOn(Prefs::prefDpi)}, .action = Action::prefComputerWidthAuto},
+    {.key = Prefs::prefComputerWidth.text, .pane = Pane::output, .kind = Kind::slider, .range = pageWidths, .enabledWhen = {isOn(Prefs::prefDpi), isOff(Prefs::prefComputerWidthAuto)}, .action = Action::prefComputerWidth},
+    {.key = Prefs::prefSuffix.text, .pane = Pane::output, .kind = Kind::text, .beginsGroup = true},
+    {.key = Prefs::prefMultimediaHd.text, .pane = Pane::output, .kind = Kind::checkBox, .beginsGroup = true, .action = Action::multimediaHDBt},
+    {.key = Prefs::prefDerushNoMultimediaHd.text, .pane = Pane::output, .kind = Kind::checkBox, .enabledWhen = {isOn(Prefs::prefMultimediaHd), isOn(Prefs::prefDerush)}},
+};
+// clang-format on
+
+QString textOf(QLatin1String key, const char *what)
+{
+    return u"V_"_s + key + QLatin1String(what);
+}
+
+/// Null where the tables have no such text.
+QString optionalText(const QString &textKey)
+{
+    return isLocalised(textKey) ? localised(textKey) : QString();
+}
+
+} // namespace
+
+QString PreferenceRow::label() const
+{
+    return localised(textOf(key, ""));
+}
+
+QString PreferenceRow::toolTip() const
+{
+    return optionalText(textOf(key, "_tip"));
+}
+
+QString PreferenceRow::groupLabel() const
+{
+    return optionalText(textOf(key, "_group"));
+}
+
+QString PreferenceRow::unit() const
+{
+    return optionalText(textOf(key, "_unit"));
+}
+
+std::span<const PreferenceRow> preferenceRows()
+{
+    return rows;
+}
+
+int layoutOfLimit(const QString &key)
+{
+    constexpr std::pair<Key<int>, int> layouts[] = {{Prefs::prefLimitBig, bigLayout},
+                                                    {Prefs::prefLimitMed, medLayout},
+                                                    {Prefs::prefLimitMin, minLayout}};
+    const auto found = std::find_if(std::begin(layouts), std::end(layouts),
+                                    [&key](const auto &layout) { return key == layout.first.text; });
+    return found == std::end(layouts) ? int(mixLayout) : found->second;
+}
+
+} // namespace vignar

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "settings/preferencePanel.h"
+
+#include <span>
+
+namespace vignar
+{
+
+/// The pages of the preferences window, in their order.
+enum class PreferencePane { general, sheet, thumbnails, output };
+inline constexpr int preferencePaneCount = 4;
+
+/// What shows a preference.
+enum class ControlKind {
+    checkBox,
+    text,
+    folder,
+    colour,
+    /// A slider with a field beside it.
+    slider,
+    /// A number with one decimal.
+    decimal,
+    integer,
+    /// A pop-up of thumbnail counts that fill whole rows of the layout.
+    limit,
+    layoutChoice,
+    formatChoice,
+    presetChoice
+};
+
+/// One preference as its window shows it: a row of a form.
+///
+/// Its texts are named after its key: "V_<key>" the label, or what stands behind a check
+/// box, "V_<key>_tip" the tool tip, "V_<key>_group" the label before the check boxes that
+/// it begins and "V_<key>_unit" what stands behind a number, where there is one.
+struct PreferenceRow {
+    /// Another preference that must have a value for this one to count.
+    struct Condition {
+        const char *key = nullptr;
+        int value = 0;
+    };
+    struct Range {
+        double lowest = 0;
+        double highest = 0;
+        double step = 1;
+    };
+
+    QLatin1String key;
+    PreferencePane pane;
+    ControlKind kind;
+    /// Set off from the rows above.
+    bool beginsGroup = false;
+    Range range{};
+    Condition enabledWhen[2]{};
+    /// The panel's own action that follows a change.
+    std::optional<PreferencePanel::Action> action{};
+
+    QString label() const;
+    QString toolTip() const;
+    /// Null where there is none.
+    QString groupLabel() const;
+    QString unit() const;
+};
+
+/// Every preference that a control shows, in the order in which they stand: a new one
+/// is one more row here and its texts in the string tables.
+std::span<const PreferenceRow> preferenceRows();
+
+/// The layout whose largest number of thumbnails a preference is.
+int layoutOfLimit(const QString &key);
+
+} // namespace vignar

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "classShared/keys.h"
+
+#include <QStringList>
+
+namespace vignar
+{
+
+/// What the desktop program remembers beside the preferences.
+namespace ShellKeys
+{
+
+/// Name of a window to a dictionary from screen names to its place there.
+inline constexpr Key<Dico> windowPlaces{"windowPlaces"};
+/// Newest first.
+inline constexpr Key<QStringList> recentDestinations{"recentDestinations"};
+
+} // namespace ShellKeys
+
+} // namespace vignar
