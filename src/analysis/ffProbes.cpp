@@ -5,6 +5,7 @@
 #include "analysis/streamKeys.h"
 #include "classShared/durations.h"
 #include "classShared/numbers.h"
+#include "classShared/truncation.h"
 
 #include <algorithm>
 #include <array>
@@ -147,7 +148,7 @@ int durationM2vFromText(const QString &text)
         lastLine(text, [](const QString &candidate) { return candidate.contains(u"time="); });
     const QString time = textBefore(textAfter(line, u"time="), u" ").toString();
     const float seconds = time.contains(u':') ? timecodeStr2Float(time) : str2Float(time);
-    return int(std::clamp(seconds, 1.0F, 1e9F));
+    return std::max(1, truncatedTo<int>(seconds));
 }
 
 std::optional<Dico> ptsDtsOffsetMs(const QString &report)

@@ -6,6 +6,7 @@
 #include "classShared/durations.h"
 #include "classShared/lineLog.h"
 #include "classShared/paths.h"
+#include "classShared/truncation.h"
 #include "tasks/blockingRuns.h"
 #include "tasks/toolPlaces.h"
 
@@ -59,7 +60,7 @@ void readDurationLine(QStringView line, Dico &infos)
             const QString timecode = piece.split(u": ").at(1).toString();
             // A clip of less than a second counts as one: 0 would read as unknown.
             if (const float seconds = timecodeStr2Float(timecode); seconds > 0)
-                write(infos, Keys::w_duration, std::max(1, int(seconds)));
+                write(infos, Keys::w_duration, std::max(1, truncatedTo<int>(seconds)));
         } else if (piece.contains(u"start: ")) {
             write(infos, Keys::w_offset, reportNumber(textAfter(piece, u"start: ")));
         } else if (piece.contains(u"bitrate: ")) {

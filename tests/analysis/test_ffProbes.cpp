@@ -83,6 +83,7 @@ private Q_SLOTS:
         QTest::newRow("less than one") << u"time=00:00:00.40 "_s << 1;
         QTest::newRow("unknown") << u"time=N/A bitrate=N/A"_s << 1;
         QTest::newRow("before the start") << u"time=-00:00:00.02 "_s << 1;
+        QTest::newRow("endless both ways") << u"time=9e38:-9e38:0 "_s << 1;
         QTest::newRow("none") << u"a.m2v: Invalid data found"_s << 1;
     }
     void readsTheLastProgressLine()

@@ -130,6 +130,8 @@ private Q_SLOTS:
             "'wrapper': 'mpeg', 'w_duration': null, 'v0_width': 720, 'v1_codec': null");
         row("less than a second", {u"  Duration: 00:00:00.48, bitrate: 9 kb/s"_s},
             "'w_duration': 1");
+        row("duration beyond the integers", {u"  Duration: 99999999:00:00.00"_s},
+            "'w_duration': 2147483647");
         row("duration unknown", {u"  Duration: N/A, start: -1.500000, bitrate: N/A"_s},
             "'w_duration': null, 'w_offset': -1.5, 'w_bitrate': null");
     }
