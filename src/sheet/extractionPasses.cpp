@@ -23,7 +23,7 @@ constexpr QStringView intraSelection = u"select=eq(pict_type\\,I),";
 /// Long enough to hold a key frame of what people record, short enough to decode.
 constexpr double runUpSeconds = 30;
 
-/// More than three decimals round away, less than the time of one picture at 500 a second.
+/// More than three decimals round off, less than the time of one picture at 500 a second.
 constexpr double roundingSeconds = 0.001;
 
 /// A name that no tool can take for an option or, as "concat:a", for a protocol.
@@ -116,13 +116,17 @@ QStringList ffmpegPass(const SourceDico &source, double instant, const QString &
 QStringList exactPass(const SourceDico &source, double instant, const QString &filter,
                       const QString &outputPath)
 {
-    // ffmpeg takes the first picture that is not before the instant, and the rounding of
-    // the arguments must not make that the next one.
-    const double justBefore = std::max(0.0, instant - roundingSeconds);
     // A whole number of seconds to enter at leaves one rounding instead of two.
-    const double entry = std::max(0.0, std::floor(justBefore - runUpSeconds));
+    const double entry = std::max(0.0, std::floor(instant - runUpSeconds));
     const QStringList pass = ffmpegPass(source, instant, filter, outputPath);
-    return enteredAt(entry, justBefore, withoutIntraSelection(pass), u"%.3f");
+    QStringList exact = enteredAt(entry, instant, withoutIntraSelection(pass), u"%.3f");
+    // ffmpeg takes the first picture that is not before the instant: delayed a little, the
+    // wanted one is not missed by the rounding. The delay has another effect that is wanted:
+    // without any, ffmpeg would count a transport stream that is read from its start from
+    // the first picture, and any other from the first of all its streams.
+    exact.insert(exact.indexOf(u"-i"_s), u"-itsoffset"_s);
+    exact.insert(exact.indexOf(u"-i"_s), filled(u"%.3f", roundingSeconds));
+    return exact;
 }
 
 QStringList withoutIntraSelection(const QStringList &pass)
