@@ -4,6 +4,7 @@
 #include "classShared/numbers.h"
 #include "classShared/paths.h"
 #include "sheet/extractionPasses.h"
+#include "sheet/pictureMatrix.h"
 #include "tasks/blockingRuns.h"
 
 namespace vignar
@@ -24,18 +25,22 @@ int posterHeight(const SourceDico &source)
     return std::max(2, qRound(posterWidth / ratio));
 }
 
-bool take(const SourceDico &source, double position, const QString &filter, const QString &path)
+/// Runs a pass; true when it has left its picture.
+bool take(const SourceDico &source, const QStringList &pass)
 {
-    taskArray(ffmpegPass(source, position, filter, path));
-    return pathExists(path);
+    taskArray(pass);
+    if (!pathExists(pass.constLast()))
+        return false;
+    if (const auto matrix = foreignMatrix(source))
+        convertToJpegMatrix(pass.constLast(), *matrix);
+    return true;
 }
 
 /// Without any seek: a recording that was interrupted before its index was written cannot
 /// be sought to its own start.
 bool takeFirst(const SourceDico &source, const QString &filter, const QString &path)
 {
-    taskArray(withRunUp(ffmpegPass(source, 0, filter, path)));
-    return pathExists(path);
+    return take(source, withRunUp(ffmpegPass(source, 0, filter, path)));
 }
 
 } // namespace
@@ -55,9 +60,10 @@ bool makePoster(const SourceDico &source, const QString &path, PosterPicture pic
     const QSize size(posterWidth, posterHeight(source));
     const double position = posterPosition(source);
     if (picture == PosterPicture::intra)
-        return take(source, position, thumbnailFilter(source, size), path);
-    const QString filter = filled(u"scale=160:%ld", size.height());
-    return take(source, position, filter, path) || takeFirst(source, filter, path);
+        return take(source, ffmpegPass(source, position, thumbnailFilter(source, size), path));
+    const QString filter = standardRange(source) + filled(u"scale=160:%ld", size.height());
+    return take(source, ffmpegPass(source, position, filter, path)) ||
+           takeFirst(source, filter, path);
 }
 
 } // namespace vignar

@@ -105,6 +105,7 @@ private:
     Result<void> checkSpace() const;
     Result<void> planRow();
     StepEnd failRow(const QString &reason, SheetOutcome::Status status);
+    void correctColours() const;
     Dico displayOfSheet() const;
     void makeDiskPicture(const QString &pictureFolder);
     void finishRow();

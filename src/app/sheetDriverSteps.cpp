@@ -10,6 +10,7 @@
 #include "settings/stringTables.h"
 #include "sheet/diskPicture.h"
 #include "sheet/extractionPasses.h"
+#include "sheet/pictureMatrix.h"
 #include "sheet/sheetComposer.h"
 
 #include <QDateTime>
@@ -106,8 +107,18 @@ void SheetDriver::startRun(const RunRequest &request)
         again(u"encProcesses"_s);
 }
 
+void SheetDriver::correctColours() const
+{
+    const auto matrix = foreignMatrix(workingRecord());
+    if (!matrix)
+        return;
+    for (const QString &picture : extractedPictures(m_folder.path))
+        convertToJpegMatrix(picture, *matrix);
+}
+
 StepEnd SheetDriver::compose()
 {
+    correctColours();
     const Dico display = displayOfSheet();
     prefDeleteChildDico0(RunKeys::processEncDico, Keys::appvgDisplay);
     m_outcome->thumbnails =

@@ -3,6 +3,7 @@
 #include "classShared/format.h"
 #include "settings/stringTables.h"
 #include "sheet/thumbnailPlan.h"
+#include "sheet/toneMapping.h"
 #include "tasks/toolPlaces.h"
 
 #include <QFileInfo>
@@ -54,6 +55,10 @@ QStringList enteredAt(double entry, double instant, const QStringList &pass, QSt
         slow[seek + 1] = filled(format, entry);
     else
         slow.remove(seek, 2);
+    // Tone mapping is slow: pictures that only lead to the instant are spared it.
+    const qsizetype filter = slow.indexOf(u"-vf"_s) + 1;
+    if (filter > 0 && isToneMapped(slow.value(filter)))
+        slow[filter].prepend(u"trim=start="_s + filled(format, instant - entry) + u',');
     return slow;
 }
 
@@ -82,9 +87,15 @@ QString thumbnailFilter(const SourceDico &source, const QSize &size)
 {
     const bool mayBeAnyPicture = read(source, Keys::intraFailure).value_or(0) != 0;
     const bool isProgressive = read(source, Keys::v_fields, 0) == localised(u"PFF"_s, fieldsTable);
-    return filled(
-        u"%@%@scale=%ld:%ld,setsar=1/1", mayBeAnyPicture ? QStringView(u"") : intraSelection,
-        isProgressive ? QStringView(u"") : QStringView(u"yadif=1,"), size.width(), size.height());
+    return filled(u"%@%@%@scale=%ld:%ld,setsar=1/1",
+                  mayBeAnyPicture ? QStringView(u"") : intraSelection,
+                  isProgressive ? QStringView(u"") : QStringView(u"yadif=1,"),
+                  standardRange(source), size.width(), size.height());
+}
+
+QString standardRange(const SourceDico &source)
+{
+    return isHighDynamicRange(source) ? toneMapping(source, toneMapperOf(ffmpegPath())) : u""_s;
 }
 
 QStringList ffmpegPass(const SourceDico &source, double instant, const QString &filter,

@@ -19,8 +19,12 @@ QString thumbnailPath(const QString &folder, int index);
 /// The number in a picture's file name, -1 for another name.
 int thumbnailIndex(const QString &path);
 
-/// The filter text of a source's pictures: intra selection, de-interlacing, scaling.
+/// The filter text of a source's pictures: intra selection, de-interlacing, tone mapping,
+/// scaling.
 QString thumbnailFilter(const SourceDico &source, const QSize &size);
+
+/// The tone mapping by itself, as ffmpegPath() can do it; empty for standard range.
+QString standardRange(const SourceDico &source);
 
 /// The argument list that takes one picture at an instant (seconds).
 QStringList ffmpegPass(const SourceDico &source, double instant, const QString &filter,

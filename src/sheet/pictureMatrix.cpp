@@ -1,0 +1,215 @@
+#include "sheet/pictureMatrix.h"
+
+#include "classShared/lineLog.h"
+#include "sheet/extractionPasses.h"
+#include "sheet/plannedSource.h"
+#include "sheet/toneMapping.h"
+
+#include <QFile>
+#include <QRegularExpression>
+#include <QSaveFile>
+
+#include <turbojpeg.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <memory>
+#include <vector>
+
+namespace vignar
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr LumaWeights bt601{0.299, 0.114};
+constexpr LumaWeights bt709{0.2126, 0.0722};
+constexpr LumaWeights smpte240m{0.212, 0.087};
+constexpr LumaWeights bt2020{0.2627, 0.0593};
+
+/// Below the quality at which a picture grows without looking any better.
+constexpr int rewriteQuality = 97;
+/// No picture of ours has a side of that many pixels.
+constexpr int largestSide = 16384;
+
+/// Nothing says what an undescribed matrix is. Players take pictures of more than
+/// standard definition to be BT.709, by these very limits.
+std::optional<LumaWeights> undescribedMatrix(const SourceDico &source)
+{
+    const QSize shown = storedSize(source);
+    const bool isOnItsSide = read(source, Keys::v_rotation, 0).value_or(0) % 180 != 0;
+    const QSize stored = isOnItsSide ? shown.transposed() : shown;
+    const bool isHighDefinition = stored.width() >= 1280 || stored.height() > 576;
+    return isHighDefinition ? std::optional(bt709) : std::nullopt;
+}
+
+/// RGB, or without any colour.
+bool isStoredWithoutMatrix(const SourceDico &source)
+{
+    static const QRegularExpression formats(u"rgb|bgr|gbr|pal8|xyz|bayer|gray|mono"_s);
+    return formats.match(read(source, Keys::v_chroma, 0).value_or(QString())).hasMatch();
+}
+
+/// One plane of samples, 0 … 255, row after row without gaps.
+struct Plane {
+    int width = 0;
+    int height = 0;
+    std::vector<unsigned char> samples;
+};
+
+struct YccPicture {
+    int width = 0;
+    int height = 0;
+    int subsampling = 0;
+    std::array<Plane, 3> planes;
+
+    std::array<unsigned char *, 3> data()
+    {
+        return {planes[0].samples.data(), planes[1].samples.data(), planes[2].samples.data()};
+    }
+};
+
+struct TurboDeleter {
+    void operator()(void *handle) const { tjDestroy(handle); }
+};
+using TurboHandle = std::unique_ptr<void, TurboDeleter>;
+
+std::optional<YccPicture> decoded(const QByteArray &file)
+{
+    const TurboHandle turbo(tjInitDecompress());
+    const auto *bytes = reinterpret_cast<const unsigned char *>(file.constData());
+    const auto size = static_cast<unsigned long>(file.size());
+    YccPicture picture;
+    int colours = 0;
+    if (!turbo ||
+        tjDecompressHeader3(turbo.get(), bytes, size, &picture.width, &picture.height,
+                            &picture.subsampling, &colours) != 0 ||
+        colours != TJCS_YCbCr || std::max(picture.width, picture.height) > largestSide)
+        return std::nullopt;
+    for (int component = 0; component < 3; ++component) {
+        Plane &plane = picture.planes[component];
+        plane.width = tjPlaneWidth(component, picture.width, picture.subsampling);
+        plane.height = tjPlaneHeight(component, picture.height, picture.subsampling);
+        plane.samples.resize(size_t(plane.width) * size_t(plane.height));
+    }
+    if (tjDecompressToYUVPlanes(turbo.get(), bytes, size, picture.data().data(), picture.width,
+                                nullptr, picture.height, 0) != 0)
+        return std::nullopt;
+    return picture;
+}
+
+QByteArray encoded(YccPicture &picture)
+{
+    const TurboHandle turbo(tjInitCompress());
+    auto planes = picture.data();
+    const unsigned char *constPlanes[] = {planes[0], planes[1], planes[2]};
+    unsigned char *bytes = nullptr;
+    unsigned long size = 0;
+    QByteArray file;
+    if (turbo && tjCompressFromYUVPlanes(turbo.get(), constPlanes, picture.width, nullptr,
+                                         picture.height, picture.subsampling, &bytes, &size,
+                                         rewriteQuality, TJFLAG_ACCURATEDCT) == 0)
+        file = QByteArray(reinterpret_cast<const char *>(bytes), qsizetype(size));
+    tjFree(bytes);
+    return file;
+}
+
+/// What to add to the luma of a pixel, and the new colour differences, for the two
+/// differences of the old matrix. Luma itself passes unchanged through every change of
+/// matrix: a gray stays that gray.
+class MatrixChange
+{
+public:
+    explicit MatrixChange(const LumaWeights &from)
+    {
+        // Red and blue less luma, in the old differences; green follows from the weights.
+        const double red = 2 * (1 - from.red);
+        const double blue = 2 * (1 - from.blue);
+        const double green = 1 - from.red - from.blue;
+        const auto newLuma = [&](double r, double b) {
+            const double g = -(from.red * r + from.blue * b) / green;
+            return bt601.red * r + (1 - bt601.red - bt601.blue) * g + bt601.blue * b;
+        };
+        m_luma = {newLuma(0, blue), newLuma(red, 0)};
+        m_blue = {(blue - m_luma[0]) / (2 * (1 - bt601.blue)), -m_luma[1] / (2 * (1 - bt601.blue))};
+        m_red = {-m_luma[0] / (2 * (1 - bt601.red)), (red - m_luma[1]) / (2 * (1 - bt601.red))};
+    }
+
+    double luma(double cb, double cr) const { return m_luma[0] * cb + m_luma[1] * cr; }
+    double blue(double cb, double cr) const { return m_blue[0] * cb + m_blue[1] * cr; }
+    double red(double cb, double cr) const { return m_red[0] * cb + m_red[1] * cr; }
+
+private:
+    std::array<double, 2> m_luma;
+    std::array<double, 2> m_blue;
+    std::array<double, 2> m_red;
+};
+
+unsigned char sample(double value)
+{
+    return static_cast<unsigned char>(std::clamp(std::lround(value), 0L, 255L));
+}
+
+void change(YccPicture &picture, const MatrixChange &matrix)
+{
+    auto &[luma, blue, red] = picture.planes;
+    std::vector<double> lumaChange(blue.samples.size());
+    for (size_t at = 0; at < blue.samples.size(); ++at) {
+        const double cb = blue.samples[at] - 128.0;
+        const double cr = red.samples[at] - 128.0;
+        lumaChange[at] = matrix.luma(cb, cr);
+        blue.samples[at] = sample(128 + matrix.blue(cb, cr));
+        red.samples[at] = sample(128 + matrix.red(cb, cr));
+    }
+    // The planes are padded to whole blocks, so that the quotients are exact.
+    const int across = luma.width / blue.width;
+    const int down = luma.height / blue.height;
+    for (int y = 0; y < luma.height; ++y) {
+        const double *changes = &lumaChange[size_t(y / down) * size_t(blue.width)];
+        unsigned char *row = &luma.samples[size_t(y) * size_t(luma.width)];
+        for (int x = 0; x < luma.width; ++x)
+            row[x] = sample(row[x] + changes[x / across]);
+    }
+}
+
+bool replaceFile(const QString &path, const QByteArray &content)
+{
+    QSaveFile file(path);
+    return !content.isEmpty() && file.open(QIODevice::WriteOnly) &&
+           file.write(content) == content.size() && file.flush() && file.commit();
+}
+
+} // namespace
+
+std::optional<LumaWeights> foreignMatrix(const SourceDico &source)
+{
+    // What is tone-mapped or stored as RGB is made BT.601 by the pass itself.
+    if (usesMovieGrabber(source) || isHighDynamicRange(source) || isStoredWithoutMatrix(source))
+        return std::nullopt;
+    const QString name = read(source, Keys::v_matrix, 0).value_or(QString());
+    if (name == "bt709"_L1)
+        return bt709;
+    if (name == "bt2020nc"_L1 || name == "bt2020c"_L1)
+        return bt2020;
+    if (name == "smpte240m"_L1)
+        return smpte240m;
+    return name.isEmpty() || name == "unknown"_L1 ? undescribedMatrix(source) : std::nullopt;
+}
+
+bool convertToJpegMatrix(const QString &picture, const LumaWeights &from)
+{
+    QFile file(picture);
+    auto ycc = file.open(QIODevice::ReadOnly) ? decoded(file.readAll()) : std::nullopt;
+    file.close();
+    if (ycc)
+        change(*ycc, MatrixChange(from));
+    const bool isConverted = ycc && replaceFile(picture, encoded(*ycc));
+    if (!isConverted)
+        logLine(u"matrix not converted:-( '%@'", picture);
+    return isConverted;
+}
+
+} // namespace vignar
