@@ -87,16 +87,26 @@ private:
 } // namespace
 
 ChoiceRow::ChoiceRow(const QString &title, QWidget *parent)
-    : QWidget(parent), m_title(title), m_row(new QHBoxLayout), m_group(new QButtonGroup(this))
+    : QWidget(parent),
+      m_title(title),
+      m_titleLabel(new QLabel(title)),
+      m_row(new QHBoxLayout),
+      m_group(new QButtonGroup(this))
 {
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(gap);
-    column->addWidget(new QLabel(title));
+    column->addWidget(m_titleLabel);
     column->addLayout(m_row);
     m_row->setSpacing(gap);
     m_row->addStretch();
     connect(m_group, &QButtonGroup::idClicked, this, &ChoiceRow::chosenByUser);
+}
+
+QLabel *ChoiceRow::takeTitle()
+{
+    layout()->removeWidget(m_titleLabel);
+    return m_titleLabel;
 }
 
 void ChoiceRow::add(int value, const QString &words, const QString &explanation,

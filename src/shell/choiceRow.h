@@ -6,6 +6,7 @@
 
 class QButtonGroup;
 class QHBoxLayout;
+class QLabel;
 
 namespace vignar
 {
@@ -23,6 +24,9 @@ public:
     void add(int value, const QString &words, const QString &explanation, const QSize &pictureSize,
              const IconPainter &picture);
 
+    /// The title for a place elsewhere, as in the first column of a form.
+    QLabel *takeTitle();
+
     int chosen() const;
     /// Does not emit chosenByUser(); an unknown value leaves the choice.
     void choose(int value);
@@ -32,6 +36,7 @@ Q_SIGNALS:
 
 private:
     QString m_title;
+    QLabel *m_titleLabel;
     QHBoxLayout *m_row;
     QButtonGroup *m_group;
 };
