@@ -4,10 +4,13 @@
 #include "analysis/streamPieces.h"
 #include "classShared/lineLog.h"
 
+#include <QRegularExpression>
 #include <QSize>
 
 #include <array>
 #include <cmath>
+
+using namespace Qt::StringLiterals;
 
 namespace vignar
 {
@@ -115,6 +118,36 @@ bool isFilmLine(QStringView line)
     return std::abs(reportNumber(rate) - 24.0) <= 0.1;
 }
 
+/// The names stand in the order of matrix, primaries and transfer; "unknown" is no name.
+void readColourNames(const QList<QStringView> &names, int number, Dico &infos)
+{
+    constexpr std::array keys{Keys::v_matrix, Keys::v_primaries, Keys::v_transfer};
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+        if (names.at(qsizetype(i)) != u"unknown")
+            write(infos, keys.at(i), number, names.at(qsizetype(i)).toString());
+    }
+}
+
+/// "yuv420p10le(tv, bt2020nc/bt2020/smpte2084, progressive)". One name stands for all
+/// three where they are alike; among the field orders and places of chroma samples that
+/// may follow, only these can be such a name.
+void readColours(QStringView line, int number, Dico &infos)
+{
+    static const QRegularExpression pixelFormat(
+        u", [a-z][a-z0-9_]*\\(((?:[^()]|\\(swapped\\))*)\\)"_s);
+    const QStringList names{u"bt709"_s, u"smpte170m"_s, u"bt470bg"_s, u"smpte240m"_s};
+    const QRegularExpressionMatch match = pixelFormat.match(line.toString());
+    for (const QStringView word : match.capturedView(1).split(u", ")) {
+        const QList<QStringView> colours = word.split(u'/');
+        if (word == u"tv" || word == u"pc")
+            write(infos, Keys::v_range, number, word.toString());
+        else if (colours.size() == 3)
+            readColourNames(colours, number, infos);
+        else if (names.contains(word))
+            readColourNames({word, word, word}, number, infos);
+    }
+}
+
 } // namespace
 
 QString ffAspectRatioStr(const QString &piece, AspectKind kind)
@@ -136,6 +169,7 @@ void readVideoLine(QStringView line, int number, Dico &infos)
     const bool isFilm = isFilmLine(line);
     for (const QStringView text : line.split(u", "))
         applyFirst(videoRules, {.text = text, .number = number, .isFilm = isFilm}, infos);
+    readColours(line, number, infos);
 }
 
 int quarterTurn(QStringView line)
