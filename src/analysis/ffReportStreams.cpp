@@ -65,10 +65,22 @@ bool audioChannels(const StreamPiece &piece, Dico &infos)
 
 constexpr std::array<PieceRule, 4> audioRules{audioNames, audioRate, audioBitrate, audioChannels};
 
+/// Older versions (4.1) do not say that a picture is attached. They show it by the rate of
+/// the clock that it is filed under, and by no count of pictures per second.
+bool isTimelessPicture(QStringView line)
+{
+    constexpr std::array pictureCodecs{u"png", u"mjpeg", u"gif", u"bmp", u"tiff", u"webp"};
+    const QStringView codec = textBefore(textBefore(textAfter(line, u"Video: "), u","), u" ");
+    return line.contains(u", 90k tbr, 90k tbn") && !line.contains(u" fps, ") &&
+           std::ranges::find(pictureCodecs, codec) != pictureCodecs.end();
+}
+
 bool isAttachedPicture(QStringView line)
 {
     // What ffmpeg says of the stream's purpose follows the last piece.
-    return line.sliced(std::max<qsizetype>(0, line.lastIndexOf(u", "))).contains(u"(attached pic)");
+    return line.sliced(std::max<qsizetype>(0, line.lastIndexOf(u", ")))
+               .contains(u"(attached pic)") ||
+           isTimelessPicture(line);
 }
 
 } // namespace

@@ -122,6 +122,18 @@ private Q_SLOTS:
         QVERIFY(!ptsDtsOffsetMs(times + QString(streams).replace(u"Video:"_s, u"Data:"_s)));
     }
 
+    void measuresStreamsInEveryVersion()
+    {
+        // The sound begins at 1.429978 s, as the container does, the first picture at 1.44 s.
+        for (const char *version : {"4.1", "5.1", "7.1"}) {
+            QFile file(QStringLiteral(VIGNAR_TEST_DATA "/transport.ts.%1.debug.txt")
+                           .arg(QLatin1String(version)));
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            QCOMPARE(ptsDtsOffsetMs(QString::fromUtf8(file.readAll())),
+                     (Dico{{u"a1_offsetMs"_s, -10.0}}));
+        }
+    }
+
     void choosesTheDemultiplexer()
     {
         QCOMPARE(formatOfFileType(u"DIF (DV) movie file (PAL)"_s), u"dv"_s);
