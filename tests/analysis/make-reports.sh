@@ -136,13 +136,14 @@ make variable.mp4 320x240 30 3 "${x264[@]}" -vf "select='mod(n\,7)*mod(n\,3)'" -
 make midstream.base.ts 160x120 5 16 "${x264[@]}" -g 50 -an
 [ -e midstream.ts ] || tail -c +$((188 * 40 + 1)) midstream.base.ts >midstream.ts
 
-# Addresses in memory and speeds differ from run to run.
+# Addresses in memory and speeds differ from run to run; how a program was built is long.
 report() {
     local program=$1 library=
     shift
     [ ! -e "$(dirname "$program")/libavutil.so" ] || library=$(dirname "$program")
     LD_LIBRARY_PATH=$library "$program" "$@" </dev/null 2>&1 | tr '\r' '\n' |
-        sed 's/\(@ \|pc:\)0x[0-9a-f]*/\10x1/g; s/speed= *[0-9.e+]*x/speed=1x/' || true
+        sed 's/\(@ \|pc:\)0x[0-9a-f]*/\10x1/g; s/speed= *[0-9.e+]*x/speed=1x/
+             s/^\(  configuration:\) .*/\1/; s/  *http.*  Copyright/ Copyright/' || true
 }
 
 debugged=" plain.mp4 cover-first.mp4 left.mp4 transport.ts pal.vob midstream.ts timecode.mov \
