@@ -46,7 +46,8 @@ QString forceFormatLite(const QString &report);
 /// True when the last input line of the report names the "mpegts" demultiplexer.
 bool isMpegTsText(const QString &report);
 
-/// 5.1 from "ffmpeg version 5.1.9-…"; a snapshot gives the first number in its name.
+/// 5.1 from "ffmpeg version 5.1.9-…". The number of a snapshot says nothing: "N-47683-…"
+/// gives -47683.
 float ffRevisionOfText(const QString &text);
 
 } // namespace vignar
