@@ -68,7 +68,7 @@ private Q_SLOTS:
         QVERIFY2(drawn.textKeys().isEmpty(), qPrintable(drawn.text()));
 
         // The shadows of light texts must not be found as texts of their own.
-        sheet.insert({{Keys::name, u"Two\nlines"_s},
+        sheet.insert({{Keys::name, u"Two\nfilms"_s},
                       {Keys::poids, u"1.53 G"_s},
                       {Keys::essence, u"x"_s.repeated(400)},
                       {Keys::bkgColor, u"000000"_s},
@@ -79,7 +79,7 @@ private Q_SLOTS:
         QVERIFY(reader.waitForFinished());
         const QString text = QString::fromUtf8(reader.readAll()).simplified();
         for (const QString &part :
-             {u"Two lines"_s, u": 1.53 G"_s, u"xx…"_s, u"0:00:00.00 0:00:01.00 0:00:04.00"_s})
+             {u"Two films"_s, u": 1.53 G"_s, u"xx…"_s, u"0:00:00.00 0:00:01.00 0:00:04.00"_s})
             QVERIFY2(text.count(part) == 1, qPrintable(text));
     }
 
