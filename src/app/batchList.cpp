@@ -75,6 +75,12 @@ void BatchList::setChoices(int index, int layout, int format)
     Q_EMIT rowChanged(index);
 }
 
+void BatchList::setRecord(int index, const SourceDico &record)
+{
+    write(m_rows[index], RowKeys::dico, record);
+    Q_EMIT rowChanged(index);
+}
+
 int BatchList::encBatchInprogressRowIdentification() const
 {
     const QString current = prefReadStr(RunKeys::encCurrentProcessingFile);

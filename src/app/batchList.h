@@ -34,6 +34,8 @@ public:
     void resetUnmade();
     /// The layout and the format (0 PDF, 1 JPEG) that a row will be made in.
     void setChoices(int index, int layout, int format);
+    /// Replaces what is known of the row's source, which stays the same.
+    void setRecord(int index, const SourceDico &record);
 
     /// -1: none.
     int selectedRow() const { return m_selected; }
