@@ -17,7 +17,8 @@ constexpr SheetItem sheetItems[] = {
     {Keys::name.text, Prefs::pageName},           {Keys::location.text, Prefs::pageLocation},
     {Keys::date.text, Prefs::pageDate},           {Keys::duration.text, Prefs::pageDuration},
     {Keys::vIdentity.text, Prefs::pageVIdentity}, {Keys::poids.text, Prefs::pagePoids},
-    {Keys::essence.text, Prefs::pageEssence},     {Keys::timecode.text, Prefs::prefTimecode},
+    {Keys::essence.text, Prefs::pageEssence},     {Keys::comment.text, Prefs::pageComment},
+    {Keys::timecode.text, Prefs::prefTimecode},
 };
 
 } // namespace
@@ -31,6 +32,8 @@ Dico sheetDisplay(const Dico &planned, int layout)
     write(display, Keys::bkgColor, prefValue(Prefs::pageBkgColor));
     if (prefValue(Prefs::bannerDisplayNo))
         write(display, Keys::bannerDisplayNo, 1);
+    if (const QString typed = prefValue(Prefs::pageCommentText).simplified(); !typed.isEmpty())
+        write(display, Keys::comment, typed);
     for (const SheetItem &item : sheetItems) {
         if (!prefValue(item.preference))
             display.remove(item.display);

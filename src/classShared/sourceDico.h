@@ -39,6 +39,8 @@ inline constexpr Key<double> w_dar{"w_dar"};
 inline constexpr Key<int> w_nsav{"w_nsav"};
 inline constexpr Key<int> w_qtasync{"w_qtasync"};
 inline constexpr Key<QString> wrapper{"wrapper"};
+/// What the container says about its contents.
+inline constexpr Key<QString> w_comment{"w_comment"};
 inline constexpr Key<QVariantList> chapters{"chapters"};
 inline constexpr Key<double> intraOffset{"intraOffset"};
 inline constexpr Key<int> dec{"dec"};
@@ -114,6 +116,7 @@ inline constexpr Key<QString> duration{"duration"};
 inline constexpr Key<QString> vIdentity{"vIdentity"};
 inline constexpr Key<QString> poids{"poids"};
 inline constexpr Key<QString> essence{"essence"};
+inline constexpr Key<QString> comment{"comment"};
 inline constexpr Key<Dico> timecode{"timecode"};
 inline constexpr Key<int> wTh{"wTh"};
 inline constexpr Key<int> hTh{"hTh"};

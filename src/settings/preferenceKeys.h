@@ -39,6 +39,9 @@ inline constexpr Key<int> pageDuration{"pageDuration"};
 inline constexpr Key<int> pageVIdentity{"pageVIdentity"};
 inline constexpr Key<int> pagePoids{"pagePoids"};
 inline constexpr Key<int> pageEssence{"pageEssence"};
+/// A line with a comment: the text, or that of the source where the text is empty.
+inline constexpr Key<int> pageComment{"pageComment"};
+inline constexpr Key<QString> pageCommentText{"pageCommentText"};
 inline constexpr Key<int> prefMultimediaHd{"prefMultimediaHd"};
 inline constexpr Key<int> prefDerushNoMultimediaHd{"prefDerushNoMultimediaHd"};
 inline constexpr Key<int> update{"update"};

@@ -30,7 +30,9 @@ constexpr std::array sheetKeys{Prefs::prefTimecode,     Prefs::pageName,
                                Prefs::pageLocation,     Prefs::pageDate,
                                Prefs::pageDuration,     Prefs::pageVIdentity,
                                Prefs::pagePoids,        Prefs::pageEssence,
+                               Prefs::pageComment,
                                Prefs::prefMultimediaHd, Prefs::prefDerushNoMultimediaHd};
+constexpr std::array textKeys{Prefs::prefSuffix, Prefs::pageCommentText};
 
 /// A segment that a control without selection answers.
 constexpr int noSegment = int(dataNotFound);
@@ -154,7 +156,8 @@ private:
         for (const auto &key : sheetKeys)
             fillCheckBox(key);
         m_panel.perform(Action::multimediaHDBt);
-        m_panel.setControl(Prefs::prefSuffix, value(Prefs::prefSuffix));
+        for (const auto &key : textKeys)
+            m_panel.setControl(key, value(key));
     }
 
     PreferencePanel &m_panel;
@@ -185,7 +188,9 @@ void readCheckBoxes(const PreferencePanel &panel, Dico &values)
 Dico panelValues(const PreferencePanel &panel)
 {
     Dico values;
-    for (const auto &key : {Prefs::prefDefautDstPathStr, Prefs::prefSuffix})
+    write(values, Prefs::prefDefautDstPathStr,
+          panel.control(Prefs::prefDefautDstPathStr).toString());
+    for (const auto &key : textKeys)
         write(values, key, panel.control(key).toString());
     for (const auto &key : segmentKeys)
         write(values, key, panel.control(key).toInt());

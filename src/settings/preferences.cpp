@@ -70,6 +70,8 @@ void writePageLines(Dico &defaults)
     write(defaults, Prefs::pageVIdentity, 1);
     write(defaults, Prefs::pagePoids, 1);
     write(defaults, Prefs::pageEssence, 1);
+    write(defaults, Prefs::pageComment, 0);
+    write(defaults, Prefs::pageCommentText, u""_s);
 }
 
 void writeRating(Dico &defaults)

@@ -112,6 +112,7 @@ Dico infoTexts(const SourceDico &source)
     add(Keys::vIdentity, identityText(source));
     add(Keys::poids, weightText(path));
     add(Keys::essence, essenceText(source, file));
+    add(Keys::comment, readStr(source, Keys::w_comment).simplified());
     return texts;
 }
 

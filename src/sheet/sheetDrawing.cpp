@@ -15,7 +15,8 @@ namespace
 constexpr QSize defaultThumbnail{1280, 960};
 
 constexpr Key<QString> infoKeys[] = {Keys::location,  Keys::date,  Keys::duration,
-                                     Keys::vIdentity, Keys::poids, Keys::essence};
+                                     Keys::vIdentity, Keys::poids, Keys::essence,
+                                     Keys::comment};
 
 QSize thumbnailSize(const Dico &display)
 {

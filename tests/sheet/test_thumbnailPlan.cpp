@@ -143,12 +143,13 @@ private Q_SLOTS:
                         R"('Container mov,mp4 (.mov) - Contents: Video ProRes (apch),)"
                         R"( Audio aac')"));
 
-        SourceDico bare = record("'v0_fps': 666, 'v0_codec': 'aic'");
+        SourceDico bare = record("'v0_fps': 666, 'v0_codec': 'aic', 'w_comment': 'two\\nlines'");
         write(bare, Keys::srcPathStr, makeFile(u"film"_s, qint64(3) << 30));
         texts = infoTexts(bare);
         QCOMPARE(readStr(texts, Keys::vIdentity), u"Width 1280 pixels * Height 960 px"_s);
         QCOMPARE(readStr(texts, Keys::poids), u"3.00 GB"_s);
         QVERIFY(readStr(texts, Keys::essence).endsWith(u": Video AppleIntermediateCodec"));
+        QCOMPARE(readStr(texts, Keys::comment), u"two lines"_s);
     }
 
     void extractorIsChosenByTheRecord()
