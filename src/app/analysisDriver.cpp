@@ -32,6 +32,14 @@ QString framePath()
     return workFolder() + u"/frame.yuv"_s;
 }
 
+/// ffmpeg's own words, of old and of new versions, for a format that was left out when
+/// it was built.
+bool lacksFrameFormat(const QString &report)
+{
+    return report.contains(u"Requested output format 'yuv4mpegpipe' is not") ||
+           report.contains(u"Unknown output format 'yuv4mpegpipe'");
+}
+
 QString posterPath(const QString &srcPath)
 {
     const QByteArray digest =
@@ -196,7 +204,12 @@ StepEnd AnalysisDriver::startProbe()
     if (const QString forced = prefReadStr(Prefs::ffFileForceFormatStr); !forced.isEmpty())
         arguments << u"-f"_s << forced;
     arguments << u"-i"_s << source << u"-vframes"_s << u"10"_s << u"-pix_fmt"_s << u"yuv420p"_s
-              << u"-an"_s << u"-f"_s << u"yuv4mpegpipe"_s << u"-y"_s << framePath();
+              << u"-an"_s;
+    if (m_canWriteFrames)
+        arguments << u"-f"_s << u"yuv4mpegpipe"_s << u"-y"_s << framePath();
+    else
+        arguments << u"-c:v"_s << u"rawvideo"_s << u"-f"_s << u"null"_s << u"-y"_s
+                  << u"/dev/null"_s;
     setMark(RunKeys::analysisFfmpegParse.text);
     m_reporter.resetFailureWatch();
     m_reporter.tasklauncherStart({arguments, 0, parseCollected, RunnerKind::analysis});
@@ -232,6 +245,12 @@ StepEnd AnalysisDriver::judgeReport()
     const QString source = prefReadStr(RunKeys::analysisSrcPathStr);
     if (report().isNull())
         logLine(u"analysisTaskVerboseM:-( no useable info (analysisFfmpegResult)");
+    if (m_canWriteFrames && lacksFrameFormat(report())) {
+        // A report without frames still tells all but the field order.
+        m_canWriteFrames = false;
+        setMark(RunKeys::analysisFfmpeg.text);
+        return StepEnd::again;
+    }
     bool isUsable = isReportOfSuccess();
     if (!isUsable) {
         logLine(u"Src not readable-ff :-( analysis failure");

@@ -69,6 +69,8 @@ private:
     bool m_isActive = false;
     int m_analysisStopInt = 0;
     int m_taken = 0;
+    /// This ffmpeg can write decoded frames to a file.
+    bool m_canWriteFrames = true;
 };
 
 } // namespace vignar
