@@ -134,10 +134,12 @@ void readColourNames(const QList<QStringView> &names, int number, Dico &infos)
 void readColours(QStringView line, int number, Dico &infos)
 {
     static const QRegularExpression pixelFormat(
-        u", [a-z][a-z0-9_]*\\(((?:[^()]|\\(swapped\\))*)\\)"_s);
+        u", ([a-z][a-z0-9_]*)(?:\\(((?:[^()]|\\(swapped\\))*)\\))?, \\d+x\\d+"_s);
     const QStringList names{u"bt709"_s, u"smpte170m"_s, u"bt470bg"_s, u"smpte240m"_s};
     const QRegularExpressionMatch match = pixelFormat.match(line.toString());
-    for (const QStringView word : match.capturedView(1).split(u", ")) {
+    if (match.hasMatch())
+        write(infos, Keys::v_pixelFormat, number, match.captured(1));
+    for (const QStringView word : match.capturedView(2).split(u", ")) {
         const QList<QStringView> colours = word.split(u'/');
         if (word == u"tv" || word == u"pc")
             write(infos, Keys::v_range, number, word.toString());

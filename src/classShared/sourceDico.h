@@ -73,6 +73,8 @@ inline constexpr StreamKey<QString> v_transfer{'v', "transfer"};
 inline constexpr StreamKey<QString> v_primaries{'v', "primaries"};
 inline constexpr StreamKey<QString> v_matrix{'v', "matrix"};
 inline constexpr StreamKey<QString> v_range{'v', "range"};
+/// ffmpeg's name of the pixel format alone ("yuv420p10le"), which v_chroma often is not.
+inline constexpr StreamKey<QString> v_pixelFormat{'v', "pixelFormat"};
 inline constexpr StreamKey<int> a_id{'a', "id"};
 inline constexpr StreamKey<QString> a_lang{'a', "lang"};
 inline constexpr StreamKey<QString> a_codec{'a', "codec"};

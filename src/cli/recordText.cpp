@@ -44,7 +44,7 @@ constexpr std::array properties{
     Property{"rotation"_L1, "turned by"_L1, "degrees clockwise"_L1},
     Property{"fps"_L1, "frame rate"_L1, "frames per second"_L1},
     Property{"fields"_L1, "fields"_L1, {}},
-    Property{"chroma"_L1, "pixel format"_L1, {}},
+    Property{"pixelFormat"_L1, "pixel format"_L1, {}},
     Property{"transfer"_L1, "transfer"_L1, {}},
     Property{"primaries"_L1, "primaries"_L1, {}},
     Property{"matrix"_L1, "colour matrix"_L1, {}},
@@ -146,6 +146,9 @@ QString recordText(const SourceDico &record)
         if (isOwnBusiness(key))
             continue;
         const Entry entry = entryOf(record, key);
+        // The last piece of a longer list; the pixel format says it whole.
+        if (entry.name == Keys::v_chroma.property)
+            continue;
         groups[{rankOf(entry.group), entry.group}].push_back(lineOf(entry));
     }
     QStringList lines{printable(readStr(record, Keys::srcPathStr))};
