@@ -77,8 +77,9 @@ clip 'half a second' .mp4 libx264 640x360 0.5 -preset ultrafast
 clip 'one frame' .mp4 libx264 640x360 1 -preset ultrafast -an -frames:v 1
 clip 'starts late' .ts libx264 640x360 8 -preset ultrafast -g 25 -an -output_ts_offset 5000
 clip 'one key picture' .ts libx264 640x360 8 -preset ultrafast -g 999 -an
-remake 'turned right' .mp4 h264.mp4 -metadata:s:v rotate=90
-remake 'turned left' .mov h264.mp4 -metadata:s:v rotate=270
+# ffmpeg 5.1 writes the opposite turn of the one it is told.
+remake 'turned right' .mp4 h264.mp4 -metadata:s:v rotate=270
+remake 'turned left' .mov h264.mp4 -metadata:s:v rotate=90
 remake 'upside down' .mp4 h264.mp4 -metadata:s:v rotate=180
 
 if [ $quick = no ]; then
