@@ -1,6 +1,7 @@
 #pragma once
 
 #include "classShared/sourceDico.h"
+#include "sheet/sheetComposer.h"
 
 #include <QString>
 
@@ -28,7 +29,7 @@ struct SheetOutcome {
     /// A file bore the disk picture's name already, and was kept.
     bool isDiskPictureKept = false;
     int layout = mixLayout;
-    bool isPdf = false;
+    SheetFormat format = SheetFormat::jpeg;
     /// Pictures on the sheet, and pictures planned that could not be had.
     int thumbnails = 0;
     int missing = 0;

@@ -74,7 +74,7 @@ SheetTarget sheetTarget(const QString &folder, const QString &srcPath, const QSt
             folder + u'/' + title + (number > 1 ? u"-"_s + QString::number(number) : QString());
         target = {base + suffix, base + u".jpg"_s};
         // Names that differ only in case are one name on many disks.
-        const QSet<QString> names{target.sheetFile(false).toCaseFolded(),
+        const QSet<QString> names{target.sheetFile(SheetFormat::jpeg).toCaseFolded(),
                                   target.diskPicturePath.toCaseFolded()};
         if (!taken.intersects(names)) {
             taken.unite(names);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "sheet/sheetComposer.h"
+
 #include <QSet>
 #include <QString>
 
@@ -21,7 +23,7 @@ struct SheetTarget {
     QString dstPath;
     QString diskPicturePath;
 
-    QString sheetFile(bool isPdf) const { return dstPath + QLatin1String(isPdf ? ".pdf" : ".jpg"); }
+    QString sheetFile(SheetFormat format) const { return sheetPath(dstPath, format); }
 };
 
 /// The target of a source in a folder. Where an earlier source of the same run has

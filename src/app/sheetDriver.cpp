@@ -272,7 +272,8 @@ void SheetDriver::readChoices()
     prefWriteChildDico(RunKeys::processEncDico, Keys::dpi, m_dpi);
     logLine(u"dpi                 = %ld", m_dpi);
     m_outcome->layout = m_layout;
-    m_outcome->isPdf = m_dpi == 0;
+    m_outcome->format = m_dpi == 0 ? SheetFormat::pdf
+                                   : pictureFormatOf(prefValue(Prefs::prefSheetFormat));
 }
 
 void SheetDriver::closeEarly()

@@ -126,7 +126,7 @@ Result<void> SheetDriver::prepareFolder()
 
 Result<void> SheetDriver::askToReplace(const SheetTarget &target)
 {
-    const QString sheet = target.sheetFile(m_dpi == 0);
+    const QString sheet = target.sheetFile(m_outcome->format);
     if (QFileInfo::exists(sheet) && !mayReplace(sheet)) {
         m_outcome->status = SheetOutcome::Status::kept;
         m_outcome->sheet = sheet;

@@ -126,11 +126,10 @@ StepEnd SheetDriver::compose()
     m_outcome->missing = m_planned - m_outcome->thumbnails;
     if (m_outcome->thumbnails == 0)
         return failRow(localised(u"V_reason_noThumbnail"_s), SheetOutcome::Status::failed);
-    const SheetFormat format = m_dpi == 0 ? SheetFormat::pdf : SheetFormat::jpeg;
-    const Result<void> composed = composeSheet(display, format);
+    const Result<void> composed = composeSheet(display, m_outcome->format);
     if (!composed)
         return failRow(composed.reason(), SheetOutcome::Status::failed);
-    m_outcome->sheet = sheetPath(m_target.dstPath, format);
+    m_outcome->sheet = m_target.sheetFile(m_outcome->format);
     m_outcome->status = SheetOutcome::Status::made;
     makeDiskPicture(m_folder.path);
     prefWriteChildDico(RunKeys::processEncDico, Keys::dstPathStr, m_outcome->sheet);

@@ -30,6 +30,9 @@ constexpr CommandName commandNames[] = {
     {QLatin1String("plan"), Command::plan},
 };
 
+/// What the setting prefSheetFormat may be.
+const QStringList pictureFormats{u""_s, u"png"_s, u"webp"_s};
+
 constexpr const char *layoutNames[] = {"big", "med", "min", "mix"};
 
 /// One option: its names, its help, the name of its value, and how it is taken in.
@@ -60,9 +63,12 @@ QString takeLayout(CommandLine &line, const QString &value)
 
 QString takeFormat(CommandLine &line, const QString &value)
 {
-    if (value != u"jpg" && value != u"pdf")
-        return wrongValue(value, u"a format: jpg or pdf"_s);
-    line.format = value == u"pdf" ? 0 : 1;
+    const bool isPdf = value == u"pdf";
+    const QString picture = value == u"jpg" || isPdf ? u""_s : value;
+    if (value.isEmpty() || !pictureFormats.contains(picture))
+        return wrongValue(value, u"a format: jpg, pdf, png or webp"_s);
+    line.format = isPdf ? 0 : 1;
+    write(line.settings, Prefs::prefSheetFormat, picture);
     return {};
 }
 
@@ -129,7 +135,9 @@ QString takeSetting(CommandLine &line, const QString &assignment)
     const QVariant standard = settableKeys().value(key);
     if (!standard.isValid())
         return u"there is no setting '%1'"_s.arg(key);
-    if (!value.convert(standard.metaType()))
+    const bool isFormat = key == Prefs::prefSheetFormat.text;
+    if ((isFormat && !pictureFormats.contains(value.toString())) ||
+        !value.convert(standard.metaType()))
         return u"'%1' is no value for the setting '%2'"_s.arg(assignment.mid(equals + 1), key);
     line.settings.insert(key, value);
     return {};
@@ -185,7 +193,11 @@ const QList<OptionRow> &optionRows()
          u"LAYOUT"_s,
          planning,
          takeLayout},
-        {{u"f"_s, u"format"_s}, u"Format: jpg or pdf."_s, u"FORMAT"_s, making, takeFormat},
+        {{u"f"_s, u"format"_s},
+         u"Format: jpg, pdf, png or webp."_s,
+         u"FORMAT"_s,
+         making,
+         takeFormat},
         {{u"suffix"_s},
          u"Add TEXT to the name of each sheet."_s,
          u"TEXT"_s,

@@ -46,7 +46,7 @@ QString sheetJson(const SheetOutcome &outcome)
                  {u"sheet"_s, orNull(outcome.sheet)},
                  {u"diskPicture"_s, orNull(outcome.diskPicture)},
                  {u"layout"_s, layoutName(outcome.layout)},
-                 {u"format"_s, outcome.isPdf ? u"pdf"_s : u"jpg"_s},
+                 {u"format"_s, sheetExtension(outcome.format)},
                  {u"thumbnails"_s, outcome.thumbnails},
                  {u"missing"_s, outcome.missing},
                  {u"seconds"_s, outcome.seconds}});

@@ -19,6 +19,8 @@ inline constexpr Key<int> prefCheckMatrix{"prefCheckMatrix"};
 inline constexpr Key<int> prefAlertEnd{"prefAlertEnd"};
 /// The sheet format: 0 PDF, 1 JPEG.
 inline constexpr Key<int> prefDpi{"prefDpi"};
+/// What sheets are instead of JPEG: "", "png" or "webp".
+inline constexpr Key<QString> prefSheetFormat{"prefSheetFormat"};
 inline constexpr Key<int> prefComputerWidthAuto{"prefComputerWidthAuto"};
 inline constexpr Key<int> prefComputerWidth{"prefComputerWidth"};
 inline constexpr Key<QString> pageBkgColor{"pageBkgColor"};

@@ -32,7 +32,7 @@ constexpr std::array sheetKeys{Prefs::prefTimecode,     Prefs::pageName,
                                Prefs::pagePoids,        Prefs::pageEssence,
                                Prefs::pageComment,
                                Prefs::prefMultimediaHd, Prefs::prefDerushNoMultimediaHd};
-constexpr std::array textKeys{Prefs::prefSuffix, Prefs::pageCommentText};
+constexpr std::array textKeys{Prefs::prefSuffix, Prefs::pageCommentText, Prefs::prefSheetFormat};
 
 /// A segment that a control without selection answers.
 constexpr int noSegment = int(dataNotFound);

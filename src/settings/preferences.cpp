@@ -188,6 +188,7 @@ Dico prefDefaults()
     write(defaults, Prefs::prefCheckMatrix, 3);
     write(defaults, Prefs::prefAlertEnd, 1);
     write(defaults, Prefs::prefDpi, 1);
+    write(defaults, Prefs::prefSheetFormat, u""_s);
     write(defaults, Prefs::prefComputerWidthAuto, 1);
     write(defaults, Prefs::prefComputerWidth, 1280);
     write(defaults, Prefs::pageBkgColor, u"ffffff"_s);

@@ -22,7 +22,9 @@ namespace
 
 constexpr double pdfScale = 1.5;
 constexpr double pdfDpi = 250;
-constexpr double jpegDpi = 72;
+constexpr double pictureDpi = 72;
+/// Lossy WebP that shows no trace of it around the letters; 100 would be lossless.
+constexpr int webpQuality = 92;
 /// Below this page luminance a JPEG gets the default quality: a dark page hides more.
 constexpr double darkPage = 0.1;
 constexpr double bestFactor = 1.0;
@@ -51,21 +53,50 @@ PictureMetadata metadataOf(const Dico &display, const SheetContent &content)
             QFileInfo(readStr(display, Keys::srcPathStr)).fileName()};
 }
 
-bool writeJpeg(const QString &path, const SheetDrawing &sheet, const SheetPictures &pictures,
-               const PictureMetadata &metadata)
+const PictureFormat &pictureFormat(SheetFormat format)
+{
+    if (format == SheetFormat::png)
+        return pngFormat;
+    return format == SheetFormat::webp ? webpFormat : jpegFormat;
+}
+
+int largestSide(SheetFormat format)
+{
+    if (format == SheetFormat::pdf)
+        return largestPdfSide;
+    // PNG itself knows no limit, but the page must be held in memory.
+    const int side = pictureFormat(format).largestSide;
+    return side > 0 ? side : jpegFormat.largestSide;
+}
+
+QString tooLarge(const QString &path, SheetFormat format)
+{
+    if (format == SheetFormat::webp)
+        return filled(localised(u"V_reason_webpSize"_s), path, largestSide(format));
+    return filled(localised(u"V_reason_sheetSize"_s), path);
+}
+
+int quality(SheetFormat format, const SheetPalette &palette)
+{
+    if (format == SheetFormat::jpeg)
+        return jpegQuality(luminance(palette.page) < darkPage ? defaultFactor : bestFactor);
+    return format == SheetFormat::webp ? webpQuality : -1;
+}
+
+bool writePage(const QString &path, SheetFormat format, const SheetDrawing &sheet,
+               const SheetPictures &pictures, const PictureMetadata &metadata)
 {
     QImage page(sheet.geometry.page, QImage::Format_RGB32);
     if (page.isNull())
         return false;
     page.setColorSpace(QColorSpace::SRgb);
-    setDpi(page, jpegDpi);
+    setDpi(page, pictureDpi);
     {
         QPainter painter(&page);
         sheet.draw(painter, pictures);
     }
-    const double factor = luminance(sheet.palette.page) < darkPage ? defaultFactor : bestFactor;
     const Result<void> written =
-        writePicture(page, path, jpegFormat, jpegQuality(factor), metadata);
+        writePicture(page, path, pictureFormat(format), quality(format, sheet.palette), metadata);
     if (!written)
         logLine(u"sheet               :-( %@", written.reason());
     return bool(written);
@@ -73,9 +104,33 @@ bool writeJpeg(const QString &path, const SheetDrawing &sheet, const SheetPictur
 
 } // namespace
 
+QString sheetExtension(SheetFormat format)
+{
+    switch (format) {
+    case SheetFormat::pdf:
+        return u"pdf"_s;
+    case SheetFormat::png:
+        return u"png"_s;
+    case SheetFormat::webp:
+        return u"webp"_s;
+    case SheetFormat::jpeg:
+        break;
+    }
+    return u"jpg"_s;
+}
+
+SheetFormat pictureFormatOf(const QString &extension)
+{
+    for (const SheetFormat format : {SheetFormat::png, SheetFormat::webp}) {
+        if (extension == sheetExtension(format))
+            return format;
+    }
+    return SheetFormat::jpeg;
+}
+
 QString sheetPath(const QString &dstPath, SheetFormat format)
 {
-    return dstPath + (format == SheetFormat::pdf ? u".pdf"_s : u".jpg"_s);
+    return dstPath + u'.' + sheetExtension(format);
 }
 
 Result<void> composeSheet(const Dico &display, SheetFormat format)
@@ -87,10 +142,9 @@ Result<void> composeSheet(const Dico &display, SheetFormat format)
 
     const SheetPictures pictures(read(display, Keys::th).value_or(QStringList()));
     const auto sheet =
-        sheetDrawing(display, pictures.count(), pageScale(display, format),
-                     format == SheetFormat::pdf ? largestPdfSide : jpegFormat.largestSide);
+        sheetDrawing(display, pictures.count(), pageScale(display, format), largestSide(format));
     if (!sheet)
-        return Failure{filled(localised(u"V_reason_sheetSize"_s), path)};
+        return Failure{tooLarge(path, format)};
 
     logColours(sheetColours(display), sheet->palette);
     const PictureMetadata metadata = metadataOf(display, sheet->content);
@@ -98,7 +152,7 @@ Result<void> composeSheet(const Dico &display, SheetFormat format)
         format == SheetFormat::pdf
             ? writePdfPage(path, {sheet->geometry.page, pdfDpi, singleLine(metadata.title)},
                            [&](QPainter &painter) { sheet->draw(painter, pictures); })
-            : writeJpeg(path, *sheet, pictures, metadata);
+            : writePage(path, format, *sheet, pictures, metadata);
     logLine(u"sheet               :-%@ '%@'", isWritten ? u")"_s : u"("_s, path);
     if (!isWritten)
         return Failure{filled(localised(u"V_reason_writeSheet"_s), path)};

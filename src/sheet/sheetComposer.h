@@ -6,7 +6,13 @@
 namespace vignar
 {
 
-enum class SheetFormat { jpeg, pdf };
+enum class SheetFormat { jpeg, pdf, png, webp };
+
+/// "jpg", "pdf", "png" or "webp".
+QString sheetExtension(SheetFormat format);
+
+/// The picture format that an extension stands for; JPEG for any other text.
+SheetFormat pictureFormatOf(const QString &extension);
 
 /// The file that a sheet is written to: dstPath with the format's extension.
 QString sheetPath(const QString &dstPath, SheetFormat format);

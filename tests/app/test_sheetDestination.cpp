@@ -82,7 +82,7 @@ void TestSheetDestination::keepsLongNamesWritable()
     const QString name = u"é🎬"_s.repeated(60);
     const SheetTarget target =
         sheetTarget(u"/d"_s, u"/a/"_s + name + u".mp4"_s, u"-index"_s, taken);
-    const QString fileName = target.sheetFile(false).mid(3);
+    const QString fileName = target.sheetFile(SheetFormat::jpeg).mid(3);
     QVERIFY(fileName.toUtf8().size() < 240);
     QVERIFY(fileName.isValidUtf16());
     QVERIFY(fileName.endsWith(u"-index.jpg"_s));

@@ -41,6 +41,7 @@ void TestCommandLine::refusesWrongArguments_data()
     QTest::newRow("no interval") << u"sheet --every -5 a.mp4"_s << u"-5"_s;
     QTest::newRow("unknown setting") << u"sheet --set nope=1 a.mp4"_s << u"nope"_s;
     QTest::newRow("setting of the wrong kind") << u"sheet --set prefDpi=x a.mp4"_s << u"prefDpi"_s;
+    QTest::newRow("unknown format set") << u"sheet --set prefSheetFormat=bmp a.mp4"_s << u"bmp"_s;
     QTest::newRow("setting without a value") << u"sheet --set prefDpi a.mp4"_s << u"prefDpi"_s;
     QTest::newRow("option of another command") << u"plan -f pdf a.mp4"_s << u"format"_s;
 }

@@ -5,6 +5,7 @@
 #include "sheet/sheetComposer.h"
 
 #include <QDir>
+#include <QImageReader>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -147,10 +148,27 @@ private Q_SLOTS:
         QVERIFY(isNear(sheet.pixelColor(150, 900), Qt::red));
     }
 
+    void everyPictureFormatShowsTheSheet()
+    {
+        Dico sheet = display(bigLayout, {picture(0, Qt::red)});
+        for (const SheetFormat format : {SheetFormat::png, SheetFormat::webp}) {
+            QVERIFY(composeSheet(sheet, format));
+            QImageReader reader(sheetPath(at(u"Movie.2019"_s), format));
+            QCOMPARE(reader.format(), sheetExtension(format).toLatin1());
+            const QImage drawn = reader.read();
+            QCOMPARE(drawn.size(), QSize(1280, 436));
+            QVERIFY(isNear(drawn.pixelColor(320, 200), Qt::red));
+        }
+        write(sheet, Keys::hTh, 20000);
+        const Result<void> tooLong = composeSheet(sheet, SheetFormat::webp);
+        QVERIFY2(!tooLong && tooLong.reason().contains(u"16383"), qPrintable(tooLong.reason()));
+    }
+
     void failuresKeepTheOldSheet()
     {
         const Dico sheet = display(bigLayout, {picture(0, Qt::red)});
-        for (const SheetFormat format : {SheetFormat::jpeg, SheetFormat::pdf}) {
+        for (const SheetFormat format :
+             {SheetFormat::jpeg, SheetFormat::pdf, SheetFormat::png, SheetFormat::webp}) {
             const QString path = sheetPath(readStr(sheet, Keys::dstPathStr), format);
             QFile old(path);
             QVERIFY(old.open(QIODevice::ReadWrite) && old.write("the old sheet") > 0);
