@@ -2,6 +2,7 @@
 
 #include "classShared/format.h"
 #include "settings/stringTables.h"
+#include "shell/icons.h"
 
 #include <QCheckBox>
 #include <QCloseEvent>
@@ -22,6 +23,17 @@ namespace
 {
 
 constexpr std::chrono::milliseconds tick{200};
+constexpr int smallestWidth = 320;
+constexpr int iconSize = 48;
+
+QString iconName(const AlertRequest &request)
+{
+    if (request.style == AlertStyle::critical)
+        return u"dialog-error"_s;
+    if (request.style == AlertStyle::informational)
+        return u"dialog-information"_s;
+    return request.alternateButton.isEmpty() ? u"dialog-warning"_s : u"dialog-question"_s;
+}
 
 /// A message box that Escape and its close button close without choosing a button.
 class AlertBox : public QMessageBox
@@ -34,10 +46,8 @@ public:
         setWindowModality(window ? Qt::WindowModal : Qt::ApplicationModal);
         setTextFormat(Qt::PlainText);
         setText(request.title);
-        setIcon(request.style == AlertStyle::critical        ? Critical
-                : request.style == AlertStyle::informational ? Information
-                : request.alternateButton.isEmpty()          ? Warning
-                                                             : Question);
+        setIconPixmap(themedIcon(iconName(request)).pixmap(iconSize));
+        embolden();
         addButtons(request);
         if (m_isTimed) {
             m_end.setRemainingTime(std::chrono::seconds(request.seconds));
@@ -69,6 +79,18 @@ protected:
     }
 
 private:
+    void embolden()
+    {
+        auto *label = findChild<QLabel *>(u"qt_msgbox_label"_s);
+        if (!label)
+            return;
+        QFont strong = label->font();
+        strong.setWeight(QFont::DemiBold);
+        label->setFont(strong);
+        // Room for a sentence or two, so that no narrow column results.
+        label->setMinimumWidth(smallestWidth);
+    }
+
     void addButtons(const AlertRequest &request)
     {
         // Where the alert can be suppressed, the last text is the check box's.

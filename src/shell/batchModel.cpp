@@ -4,6 +4,7 @@
 #include "settings/stringTables.h"
 
 #include <QFileInfo>
+#include <QTextDocument>
 
 namespace vignar
 {
@@ -129,9 +130,7 @@ QString BatchModel::statusText(int row) const
 QString BatchModel::accessibleText(const QModelIndex &index) const
 {
     return QStringList{index.data(orderRole).toString(), index.data(Qt::DisplayRole).toString(),
-                       index.data(statusRole).toString(),
-                       fate(index.data(pathRole).toString()).reason,
-                       index.data(captionRole).toString()}
+                       index.data(statusRole).toString(), index.data(captionRole).toString()}
         .join(u", "_s);
 }
 
@@ -149,12 +148,18 @@ QVariant BatchModel::data(const QModelIndex &index, int role) const
         return entry.value(RowKeys::img);
     case Qt::ToolTipRole: {
         const QString reason = fate(source).reason;
-        return reason.isEmpty() ? source : source + u'\n' + reason;
+        // Escaped: a path may look like markup.
+        return Qt::convertFromPlainText(reason.isEmpty() ? source : source + u'\n' + reason);
     }
     case Qt::AccessibleTextRole:
         return accessibleText(index);
-    case captionRole:
+    case captionRole: {
+        // What went wrong matters more than the size of the picture.
+        const bool isFailed = m_batch.resultat(row) == Puces::puceFailure;
+        if (const QString reason = fate(source).reason; isFailed && !reason.isEmpty())
+            return reason;
         return readStr(entry, RowKeys::src).section(u'\n', 1).replace(u'\n', u" · "_s);
+    }
     case markerRole:
         return m_batch.resultat(row);
     case statusRole:

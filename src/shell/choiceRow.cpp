@@ -22,6 +22,8 @@ namespace
 
 constexpr int padding = 8;
 constexpr int gap = 4;
+/// So that short words make buttons of the same width.
+constexpr int smallestWidth = 72;
 
 /// A picture with a word under it that stays down.
 class ChoiceButton : public QAbstractButton
@@ -38,7 +40,7 @@ public:
     QSize sizeHint() const override
     {
         const QSize words = fontMetrics().size(Qt::TextShowMnemonic, text());
-        return {std::max(m_pictureSize.width() + 16, words.width()) + 2 * padding,
+        return {std::max(smallestWidth, words.width() + 2 * padding),
                 m_pictureSize.height() + gap + words.height() + 2 * padding};
     }
 

@@ -68,7 +68,6 @@ MainWindow::MainWindow(BatchModel &model)
     auto *noticeMargins = new QVBoxLayout;
     noticeMargins->setContentsMargins(margin, 0, margin, 0);
     noticeMargins->addWidget(m_notices);
-    column->addSpacing(0);
     column->addLayout(noticeMargins);
     column->addWidget(m_splitter, 1);
     setCentralWidget(centre);

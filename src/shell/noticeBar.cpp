@@ -23,6 +23,8 @@ namespace
 
 constexpr int iconSize = 24;
 constexpr int padding = 12;
+/// Between the frame and what stands above the bar.
+constexpr int outerGap = 12;
 
 QString iconName(NoticeKind kind)
 {
@@ -75,9 +77,12 @@ NoticeBar::NoticeBar(QWidget *parent)
     m_buttons->setSpacing(8);
     m_buttons->addStretch();
     auto *row = new QHBoxLayout(this);
-    row->setContentsMargins(padding, padding, padding, padding);
+    row->setContentsMargins(padding, outerGap + padding, padding, padding);
     row->setSpacing(padding);
-    row->addSpacing(iconSize);
+    // Room for the icon, on whichever side one begins to read.
+    auto *iconRoom = new QWidget;
+    iconRoom->setFixedWidth(iconSize);
+    row->addWidget(iconRoom);
     row->addLayout(words, 1);
     row->addWidget(m_close, 0, Qt::AlignTop);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
@@ -162,8 +167,8 @@ void NoticeBar::paintEvent(QPaintEvent *)
     const QColor window = palette().color(QPalette::Window);
     painter.setPen(mixed(window, accent(), 0.55));
     painter.setBrush(mixed(window, accent(), 0.12));
-    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), 6, 6);
-    const QRect icon(padding, padding, iconSize, iconSize);
+    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, outerGap + 0.5, -0.5, -0.5), 6, 6);
+    const QRect icon(padding, outerGap + padding, iconSize, iconSize);
     drawOwnIcon(painter, QStyle::visualRect(layoutDirection(), rect(), icon),
                 iconName(m_notices.first().kind), accent());
 }

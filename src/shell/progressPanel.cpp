@@ -24,13 +24,6 @@ namespace
 /// Fine enough for any bar that fits on a screen.
 constexpr int barSteps = 1000;
 
-void keepRoomWhenHidden(QWidget *widget)
-{
-    QSizePolicy policy = widget->sizePolicy();
-    policy.setRetainSizeWhenHidden(true);
-    widget->setSizePolicy(policy);
-}
-
 QHBoxLayout *twoEnds(QWidget *leading, QWidget *trailing)
 {
     auto *row = new QHBoxLayout;
@@ -46,6 +39,7 @@ ProgressPanel::ProgressPanel(QWidget *parent)
     : QWidget(parent),
       m_file(new ElidedLabel),
       m_percent(new QLabel),
+      m_bars(new QWidget),
       m_bar(new QProgressBar),
       m_total(new QProgressBar),
       m_steps(new QLabel),
@@ -58,7 +52,6 @@ ProgressPanel::ProgressPanel(QWidget *parent)
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(8);
     addBars();
-    column->addSpacing(4);
     addButtons();
     m_clock.start();
     setRunning(false);
@@ -72,14 +65,17 @@ void ProgressPanel::addBars()
     m_total->setMaximumHeight(6);
     m_total->setRange(0, barSteps);
     m_total->setAccessibleName(localised(u"V_progress_batch"_s));
-    for (QWidget *widget : {static_cast<QWidget *>(m_bar), static_cast<QWidget *>(m_total)})
-        keepRoomWhenHidden(widget);
-    m_remaining->setTextFormat(Qt::PlainText);
+    for (QLabel *label : {m_percent, m_steps, m_remaining})
+        label->setTextFormat(Qt::PlainText);
+    auto *rows = new QVBoxLayout(m_bars);
+    rows->setContentsMargins(0, 0, 0, 0);
+    rows->setSpacing(8);
+    rows->addWidget(m_bar);
+    rows->addLayout(twoEnds(m_steps, m_remaining));
+    rows->addWidget(m_total);
     auto *column = static_cast<QVBoxLayout *>(layout());
     column->addLayout(twoEnds(m_file, m_percent));
-    column->addWidget(m_bar);
-    column->addLayout(twoEnds(m_steps, m_remaining));
-    column->addWidget(m_total);
+    column->addWidget(m_bars);
 }
 
 void ProgressPanel::addButtons()
@@ -223,8 +219,9 @@ QString ProgressPanel::remainingText() const
 
 void ProgressPanel::showProgress()
 {
-    m_bar->setVisible(m_isRunning);
-    m_total->setVisible(m_isRunning && m_rows > 1);
+    Q_EMIT changed();
+    m_bars->setVisible(m_isRunning);
+    m_total->setVisible(m_rows > 1);
     m_file->setText(m_isRunning ? m_fileName : m_idleText);
     m_file->setToolTip(m_isRunning ? m_fileName : QString());
     const bool isKnown = m_stepsMaximum > 0;

@@ -40,11 +40,15 @@ public:
     void setStepsValue(double value);
     /// Sheets that are finished, of all that the run makes.
     void setRows(int finished, int all);
+    /// 0 to 1, over all rows.
+    double doneOfRun() const;
 
 Q_SIGNALS:
     void goPressed();
     void pausePressed(bool isToPause);
     void stopPressed();
+    /// Something that the panel shows may have changed.
+    void changed();
 
 private:
     void addBars();
@@ -52,13 +56,13 @@ private:
     void updateClock();
     void showProgress();
     double doneOfSheet() const;
-    double doneOfRun() const;
     QString placeText() const;
     QString remainingText() const;
     std::chrono::milliseconds now() const;
 
     ElidedLabel *m_file;
     QLabel *m_percent;
+    QWidget *m_bars;
     QProgressBar *m_bar;
     QProgressBar *m_total;
     QLabel *m_steps;

@@ -13,11 +13,11 @@
 #include "shell/mainMenu.h"
 #include "shell/progressPanel.h"
 #include "support/makeClip.h"
+#include "support/urlSink.h"
 #include "tasks/workFolder.h"
 
 #include <QAction>
 #include <QApplication>
-#include <QDesktopServices>
 #include <QMenu>
 #include <QTemporaryDir>
 #include <QTest>
@@ -27,13 +27,6 @@ using namespace Qt::StringLiterals;
 
 namespace
 {
-
-class UrlSink : public QObject
-{
-    Q_OBJECT
-public Q_SLOTS:
-    void take(const QUrl &) {}
-};
 
 QPalette darkPalette()
 {
@@ -125,7 +118,6 @@ int main(int argc, char **argv)
     if (arguments.value(4) == u"rtl")
         QApplication::setLayoutDirection(Qt::RightToLeft);
     UrlSink sink;
-    QDesktopServices::setUrlHandler(u"file"_s, &sink, "take");
     Photographer photographer(
         arguments.value(1),
         u'-' + language + u'-' + look + arguments.value(4) +
@@ -183,5 +175,3 @@ int main(int argc, char **argv)
     removeWorkFolder();
     return 0;
 }
-
-#include "screenshots.moc"

@@ -1,0 +1,155 @@
+#include "settings/preferenceStore.h"
+#include "settings/preferences.h"
+#include "settings/stringTables.h"
+#include "shell/desktopSession.h"
+#include "shell/mainMenu.h"
+#include "shell/remainingTime.h"
+#include "shell/sessionPreferences.h"
+#include "shell/sourceLog.h"
+#include "shell/windowPlaces.h"
+
+#include <QAbstractButton>
+#include <QAccessible>
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace vignar;
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+class TestShellParts : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void windowsAreKeptVisible_data();
+    void windowsAreKeptVisible();
+    void remainingTimeLeavesPausesOut();
+    void logLinesOfOneSource();
+    void marksOfTheRunStayInMemory();
+    void brokenListIsKeptAside();
+    void everyControlIsNamedAndReached_data();
+    void everyControlIsNamedAndReached();
+};
+
+void TestShellParts::windowsAreKeptVisible_data()
+{
+    QTest::addColumn<QRect>("place");
+    QTest::addColumn<QRect>("kept");
+    QTest::newRow("inside stays") << QRect(10, 10, 100, 100) << QRect(10, 10, 100, 100);
+    QTest::newRow("screen that is gone") << QRect(5000, 50, 100, 100) << QRect(900, 50, 100, 100);
+    QTest::newRow("half out") << QRect(-50, 700, 200, 200) << QRect(0, 600, 200, 200);
+    QTest::newRow("second screen") << QRect(1100, 20, 100, 100) << QRect(1100, 20, 100, 100);
+    QTest::newRow("too large") << QRect(0, 0, 3000, 900) << QRect(1000, 0, 1200, 900);
+}
+
+void TestShellParts::windowsAreKeptVisible()
+{
+    QFETCH(QRect, place);
+    QTEST(keptVisible(place, {QRect(0, 0, 1000, 800), QRect(1000, 0, 1200, 1000)}), "kept");
+}
+
+void TestShellParts::remainingTimeLeavesPausesOut()
+{
+    RemainingTime time;
+    time.start(1000ms);
+    QVERIFY(!time.estimate(3000ms, 0.5));
+    QVERIFY(!time.estimate(9000ms, 0));
+    QCOMPARE(time.estimate(11000ms, 0.25), std::optional(30000ms));
+    time.pause(11000ms);
+    QVERIFY(!time.estimate(12000ms, 0.25));
+    time.resume(111000ms);
+    QCOMPARE(time.estimate(111000ms, 0.25), std::optional(30000ms));
+}
+
+void TestShellParts::logLinesOfOneSource()
+{
+    const QString log = u"start\nnew current src: '/v/a.mp4'\nduration\nnew src: '/v/a.mp4.mov'\n"
+                        "not ours\n/v/other.txt\n'/v/a.mp4' again"_s;
+    QCOMPARE(linesOfSource(log, u"/v/a.mp4"_s, {u"/v/a.mp4.mov"_s}),
+             (QStringList{u"new current src: '/v/a.mp4'"_s, u"duration"_s, u"'/v/a.mp4' again"_s}));
+}
+
+void TestShellParts::marksOfTheRunStayInMemory()
+{
+    auto owned = std::make_unique<MemoryPreferenceStore>();
+    const PreferenceStore &file = *owned;
+    SessionPreferences store(std::move(owned));
+    store.setValue(RunKeys::analysisFin, 1);
+    store.setValue(Prefs::prefDpi, 0);
+    QCOMPARE(file.keys(), QStringList{Prefs::prefDpi});
+    QCOMPARE(store.value(RunKeys::analysisFin), QVariant(1));
+    store.removeValue(RunKeys::analysisFin);
+    QCOMPARE(store.keys(), QStringList{Prefs::prefDpi});
+}
+
+void TestShellParts::brokenListIsKeptAside()
+{
+    QTemporaryDir folder;
+    const QString path = folder.filePath(u"batch.json"_s);
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.write("{\"rows\": [") > 0);
+    file.close();
+    SavedBatch saved(folder.path(), [] { return SessionState(); });
+    QVERIFY(saved.load().rows.isEmpty());
+    QVERIFY(saved.save());
+    QVERIFY(QFile::exists(path + u".broken"_s));
+}
+
+void TestShellParts::everyControlIsNamedAndReached_data()
+{
+    QTest::addColumn<QString>("language");
+    QTest::newRow("English") << u"en"_s;
+    QTest::newRow("French") << u"fr"_s;
+}
+
+void TestShellParts::everyControlIsNamedAndReached()
+{
+    QFETCH(QString, language);
+    setInterfaceLanguage(language);
+    setSharedPreferenceStore({});
+    QTemporaryDir folder;
+    DesktopSession session(folder.path());
+    MainWindow &window = session.window();
+    window.setDrawerOpen(true);
+    window.setChoiceHint(u"hint"_s);
+    window.show();
+
+    QStringList mnemonics;
+    const auto note = [&mnemonics](const QString &words) {
+        if (const QKeySequence key = QKeySequence::mnemonic(words); !key.isEmpty())
+            mnemonics.append(key.toString());
+    };
+    for (const auto *control : window.findChildren<QWidget *>()) {
+        if (!control->isVisible() || control->focusPolicy() == Qt::NoFocus)
+            continue;
+        const QAccessibleInterface *interface =
+            QAccessible::queryAccessibleInterface(const_cast<QWidget *>(control));
+        QVERIFY2(!interface->text(QAccessible::Name).isEmpty(), control->metaObject()->className());
+        if (const auto *button = qobject_cast<const QAbstractButton *>(control))
+            note(button->text());
+    }
+    for (const auto *label : window.findChildren<QLabel *>()) {
+        if (label->buddy())
+            note(label->text());
+    }
+    for (const QAction *menu : window.menuBar()->actions()) {
+        note(menu->text());
+        QStringList inMenu;
+        for (const QAction *action : menu->menu()->actions())
+            inMenu.append(QKeySequence::mnemonic(action->text()).toString());
+        inMenu.removeAll(QString());
+        QVERIFY2(inMenu.removeDuplicates() == 0, qPrintable(menu->text()));
+    }
+    QVERIFY(mnemonics.size() > 15);
+    mnemonics.sort();
+    const QString all = mnemonics.join(u' ');
+    QVERIFY2(mnemonics.removeDuplicates() == 0, qPrintable(all));
+    setInterfaceLanguage({});
+}
+
+QTEST_MAIN(TestShellParts)
+#include "test_shellParts.moc"
