@@ -29,9 +29,10 @@ int ownColours()
 
 int segmentOfColours(const QString &page, const QString &border)
 {
-    const auto *found = std::find_if(
-        std::begin(presets), std::end(presets),
-        [&](const ColourPreset &preset) { return preset.page == page && preset.border == border; });
+    const auto *found =
+        std::find_if(std::begin(presets), std::end(presets), [&](const ColourPreset &preset) {
+            return preset.page == page && preset.border == border;
+        });
     return static_cast<int>(found - std::begin(presets));
 }
 

@@ -51,6 +51,8 @@ struct PreferenceRow {
     ControlKind kind;
     /// Set off from the rows above.
     bool beginsGroup = false;
+    /// Check boxes that stand two to a line with those like them.
+    bool isPaired = false;
     Range range{};
     Condition enabledWhen[2]{};
     /// The panel's own action that follows a change.

@@ -1,0 +1,321 @@
+#include "shell/preferences/preferencesDialog.h"
+
+#include "classShared/format.h"
+#include "settings/preferences.h"
+#include "settings/stringTables.h"
+#include "shell/colours.h"
+#include "shell/noticeBar.h"
+#include "shell/preferences/colourPresets.h"
+#include "shell/preferences/preferencePage.h"
+#include "shell/preferences/sheetPreview.h"
+#include "shell/preferences/storedPreferences.h"
+
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QMenu>
+#include <QPushButton>
+#include <QScopedValueRollback>
+#include <QTabWidget>
+
+#include <algorithm>
+
+namespace vignar
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr int gap = 12;
+constexpr int previewWidth = 300;
+/// Shows every page whole in the fonts of most desktops, and fits a small screen.
+constexpr QSize usualSize{860, 620};
+
+/// By PreferencePane.
+constexpr QLatin1String paneTexts[preferencePaneCount] = {
+    QLatin1String("V_prefs_general"), QLatin1String("V_prefs_sheet"),
+    QLatin1String("V_prefs_thumbnails"), QLatin1String("V_prefs_output")};
+
+} // namespace
+
+PreferencesDialog::PreferencesDialog(QWidget *parent)
+    : QDialog(parent),
+      m_tabs(new QTabWidget),
+      m_notices(new NoticeBar),
+      m_preview(new SheetPreview),
+      m_description(new QLabel)
+{
+    setWindowTitle(localised(u"V_prefs"_s));
+    setModal(false);
+    for (const QLatin1String text : paneTexts)
+        m_tabs->addTab(new PreferencePage, localised(text));
+    makeRows();
+
+    auto *body = new QHBoxLayout;
+    body->setSpacing(gap);
+    body->addWidget(m_tabs, 3);
+    body->addWidget(makePreviewColumn(), 2);
+    body->setContentsMargins(0, gap, 0, gap);
+    auto *column = new QVBoxLayout(this);
+    // The notices bring their distance from the edge along.
+    column->setContentsMargins(gap, 0, gap, gap);
+    column->setSpacing(0);
+    column->addWidget(m_notices);
+    column->addLayout(body, 1);
+    column->addWidget(makeFooter());
+    resize(sizeHint().expandedTo(usualSize));
+
+    connect(this, &PreferencesDialog::preferenceChanged, this, &PreferencesDialog::updateRestore);
+    connect(this, &PreferencesDialog::preferenceChanged, m_preview, &SheetPreview::refresh);
+    connect(m_tabs, &QTabWidget::currentChanged, this, &PreferencesDialog::updateRestore);
+    reload();
+    m_tabs->setFocus();
+}
+
+void PreferencesDialog::makeRows()
+{
+    for (const PreferenceRow &row : preferenceRows()) {
+        const PreferenceControl control = makePreferenceControl(row, [this, &row] { edited(row); });
+        m_controls.insert(row.key, control);
+        pageOf(row).add(row, control);
+    }
+    pageOf(*std::ranges::find(preferenceRows(), Prefs::update.text, &PreferenceRow::key))
+        .setRowVisible(Prefs::update, false);
+}
+
+QWidget *PreferencesDialog::makePreviewColumn()
+{
+    auto *side = new QWidget;
+    side->setMinimumWidth(previewWidth);
+    auto *title = new QLabel(localised(u"V_preview"_s));
+    title->setAlignment(Qt::AlignHCenter);
+    m_description->setAlignment(Qt::AlignHCenter);
+    QPalette quiet = palette();
+    quiet.setColor(QPalette::WindowText, secondaryText(quiet));
+    m_description->setPalette(quiet);
+    auto *column = new QVBoxLayout(side);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(4);
+    column->addWidget(title);
+    column->addWidget(m_description);
+    column->addWidget(m_preview, 1);
+    connect(m_preview, &SheetPreview::drawn, this,
+            [this] { m_description->setText(m_preview->description()); });
+    return side;
+}
+
+QWidget *PreferencesDialog::makeFooter()
+{
+    auto *footer = new QWidget;
+    auto *row = new QHBoxLayout(footer);
+    row->setContentsMargins(0, 0, 0, 0);
+    m_restore = new QPushButton(localised(u"V_prefs_restore"_s));
+    m_restore->setAutoDefault(false);
+    // Styles leave the arrow of the menu no distance.
+    m_restore->setMinimumWidth(m_restore->sizeHint().width() + 2 * gap);
+    auto *menu = new QMenu(m_restore);
+    m_restorePane =
+        menu->addAction(localised(u"V_prefs_restorePane"_s), this, &PreferencesDialog::restorePane);
+    menu->addAction(localised(u"V_prefs_restoreAll"_s), this, &PreferencesDialog::restoreAll);
+    m_restore->setMenu(menu);
+    auto *close = new QPushButton(localised(u"V_prefs_close"_s));
+    close->setAutoDefault(false);
+    connect(close, &QPushButton::clicked, this, &QDialog::close);
+    row->addWidget(m_restore);
+    row->addStretch();
+    row->addWidget(close);
+    return footer;
+}
+
+PreferencePage &PreferencesDialog::pageOf(const PreferenceRow &row) const
+{
+    return *static_cast<PreferencePage *>(m_tabs->widget(int(row.pane)));
+}
+
+QStringList PreferencesDialog::keysOf(std::optional<PreferencePane> pane)
+{
+    QStringList keys;
+    for (const PreferenceRow &row : preferenceRows()) {
+        if (!pane || row.pane == *pane)
+            keys.append(row.key);
+    }
+    return keys;
+}
+
+void PreferencesDialog::showPane(PreferencePane pane)
+{
+    m_tabs->setCurrentIndex(int(pane));
+}
+
+void PreferencesDialog::keyPressEvent(QKeyEvent *event)
+{
+    // Enter ends the typing in a field; it must not press a button of the dialog.
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+        event->accept();
+    else
+        QDialog::keyPressEvent(event);
+}
+
+void PreferencesDialog::setControl(const QString &key, const QVariant &value)
+{
+    if (const auto control = m_controls.constFind(key); control != m_controls.cend())
+        control->show(value);
+}
+
+QVariant PreferencesDialog::control(const QString &key) const
+{
+    const auto control = m_controls.constFind(key);
+    return control == m_controls.cend() ? QVariant() : control->value();
+}
+
+int PreferencesDialog::segmentCount(const QString &key) const
+{
+    return m_controls.value(key).segmentCount;
+}
+
+void PreferencesDialog::perform(Action action)
+{
+    switch (action) {
+    case Action::setColor:
+        takePreset();
+        return;
+    case Action::prepareDestination:
+        Q_EMIT destinationPrepared(control(Prefs::prefDefautDstPathStr).toString());
+        return;
+    case Action::showUpdateControls:
+        static_cast<PreferencePage *>(m_tabs->widget(int(PreferencePane::general)))
+            ->setRowVisible(Prefs::update, true);
+        return;
+    default:
+        updateDependents();
+    }
+}
+
+void PreferencesDialog::updateDependents()
+{
+    const auto isMet = [this](const PreferenceRow::Condition &condition) {
+        return !condition.key || control(QLatin1String(condition.key)).toInt() == condition.value;
+    };
+    for (const PreferenceRow &row : preferenceRows())
+        pageOf(row).setRowEnabled(row.key, std::ranges::all_of(row.enabledWhen, isMet));
+}
+
+void PreferencesDialog::store(const QString &key)
+{
+    const QVariant value = control(key);
+    bool isNumber = false;
+    const int limit = value.toString().toInt(&isNumber);
+    const bool isLimit = key.startsWith(u"prefLimit"_s) && isNumber;
+    prefWrite(key, isLimit ? QVariant(limit) : value);
+}
+
+void PreferencesDialog::edited(const PreferenceRow &row)
+{
+    store(row.key);
+    if (row.action)
+        perform(*row.action);
+    if (row.kind == ControlKind::colour)
+        followColours();
+    updateDependents();
+    Q_EMIT preferenceChanged(row.key);
+}
+
+/// The segment's colours; back on the own ones, those of before.
+void PreferencesDialog::takePreset()
+{
+    const int segment = control(Prefs::prefColor).toInt();
+    const QString page = control(Prefs::pageBkgColor).toString();
+    const QString border = control(Prefs::prefBorderColor).toString();
+    if (segment < ownColours()) {
+        if (!m_isFilling && segmentOfColours(page, border) == ownColours()) {
+            m_ownPage = page;
+            m_ownBorder = border;
+        }
+        const ColourPreset &preset = colourPresets()[size_t(segment)];
+        setControl(Prefs::pageBkgColor, QString(preset.page));
+        setControl(Prefs::prefBorderColor, QString(preset.border));
+    } else if (!m_ownPage.isNull()) {
+        setControl(Prefs::pageBkgColor, m_ownPage);
+        setControl(Prefs::prefBorderColor, m_ownBorder);
+    }
+    // While the window is filled, the stored colours follow.
+    if (m_isFilling)
+        return;
+    for (const QString &key : {QString(Prefs::pageBkgColor), QString(Prefs::prefBorderColor)}) {
+        store(key);
+        Q_EMIT preferenceChanged(key);
+    }
+}
+
+/// The segment tells what the colours are, whoever has chosen them.
+void PreferencesDialog::followColours()
+{
+    const int segment = segmentOfColours(control(Prefs::pageBkgColor).toString(),
+                                         control(Prefs::prefBorderColor).toString());
+    if (control(Prefs::prefColor).toInt() == segment)
+        return;
+    setControl(Prefs::prefColor, segment);
+    if (m_isFilling)
+        return;
+    store(Prefs::prefColor);
+    Q_EMIT preferenceChanged(Prefs::prefColor);
+}
+
+void PreferencesDialog::reload()
+{
+    const QScopedValueRollback filling(m_isFilling, true);
+    fill();
+    followColours();
+    updateDependents();
+    updateRestore();
+    m_preview->refresh();
+}
+
+void PreferencesDialog::fill()
+{
+    // What is not stored counts as its default, and is shown as that.
+    Dico values = prefDefaults();
+    values.insert(storedPreferences(keysOf({})));
+    for (const PreferenceRow &row : preferenceRows())
+        setControl(row.key, values.value(row.key));
+    prefs2GuiApp(*this, values);
+}
+
+void PreferencesDialog::updateRestore()
+{
+    const auto pane = PreferencePane(m_tabs->currentIndex());
+    m_restorePane->setEnabled(!areDefaults(keysOf(pane)));
+    m_restore->setEnabled(!areDefaults(keysOf({})));
+}
+
+void PreferencesDialog::restorePane()
+{
+    const int pane = m_tabs->currentIndex();
+    const QString name = localised(paneTexts[pane]).remove(u'&');
+    restoreDefaults(keysOf(PreferencePane(pane)), filled(localised(u"V_prefs_restored"_s), name));
+}
+
+void PreferencesDialog::restoreAll()
+{
+    restoreDefaults(keysOf({}), localised(u"V_prefs_restoredAll"_s));
+}
+
+void PreferencesDialog::restoreDefaults(const QStringList &keys, const QString &notice)
+{
+    const auto tell = [this](const QStringList &changed) {
+        reload();
+        for (const QString &key : changed)
+            Q_EMIT preferenceChanged(key);
+    };
+    const RestoredDefaults restored(keys);
+    m_notices->show(
+        {NoticeKind::information, notice, {}, {{localised(u"V_prefs_undo"_s), [restored, tell] {
+                                                    restored.undo();
+                                                    tell(restored.keys());
+                                                }}}});
+    tell(keys);
+}
+
+} // namespace vignar

@@ -1,0 +1,206 @@
+#include "shell/preferences/sheetPreview.h"
+
+#include "app/sheetDisplay.h"
+#include "app/sheetDriver.h"
+#include "classShared/format.h"
+#include "settings/preferences.h"
+#include "settings/stringTables.h"
+#include "sheet/imageExport.h"
+#include "sheet/sheetDrawing.h"
+#include "shell/colours.h"
+#include "shell/preferences/previewPictures.h"
+#include "shell/preferences/sampleSource.h"
+
+#include <QPainter>
+
+namespace vignar
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+/// Room for the shadow around the page.
+constexpr int margin = 6;
+
+/// Between the record of a source and the layout that it was planned for, in one
+/// dictionary, so that one comparison tells whether a plan still holds.
+SourceDico planningInputOf(const SourceDico &source, int layout)
+{
+    SourceDico input = SheetDriver::planningInput(source, layout);
+    write(input, Keys::out, layout);
+    return input;
+}
+
+void paintShadow(QPainter &painter, const QRectF &page)
+{
+    painter.setPen(Qt::NoPen);
+    for (int ring = 4; ring > 0; --ring) {
+        painter.setBrush(QColor(0, 0, 0, 14));
+        painter.drawRoundedRect(page.adjusted(-ring, 1 - ring, ring, 1 + ring), ring, ring);
+    }
+}
+
+} // namespace
+
+SheetPreview::SheetPreview(QWidget *parent) : QWidget(parent)
+{
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    setAccessibleName(localised(u"V_preview"_s));
+    m_timer.setSingleShot(true);
+    m_timer.setInterval(0);
+    connect(&m_timer, &QTimer::timeout, this, &SheetPreview::drawIfVisible);
+}
+
+SheetPreview::~SheetPreview() = default;
+
+void SheetPreview::setRow(const SourceDico &source, std::optional<int> layout,
+                          const QStringList &pictures)
+{
+    const QString poster = readStr(source, Keys::imgPathStr);
+    m_row = Row{source, layout, pictures,
+                pictures.isEmpty() && !poster.isEmpty() ? loadedPicture(poster) : QImage()};
+    m_planningInput.clear();
+    refresh();
+}
+
+void SheetPreview::clearRow()
+{
+    m_row.reset();
+    m_planningInput.clear();
+    refresh();
+}
+
+void SheetPreview::refresh()
+{
+    m_isStale = true;
+    m_timer.start();
+}
+
+void SheetPreview::drawIfVisible()
+{
+    if (m_isStale && isVisible())
+        draw();
+}
+
+QString SheetPreview::description()
+{
+    if (m_isStale)
+        draw();
+    return m_description;
+}
+
+QImage SheetPreview::picture()
+{
+    if (m_isStale)
+        draw();
+    return m_picture;
+}
+
+int SheetPreview::layoutIndex() const
+{
+    return m_row && m_row->layout ? *m_row->layout : prefValue(Prefs::prefCheckMatrix);
+}
+
+/// Reads the file's properties and writes to the log: only when the plan is another one.
+void SheetPreview::plan()
+{
+    const SourceDico input = planningInputOf(m_row ? m_row->source : sampleSource(), layoutIndex());
+    if (m_pictures && input == m_planningInput)
+        return;
+    m_planningInput = input;
+    const ThumbnailPlan plan = planThumbnails(layoutIndex(), input);
+    m_planned = plannedDisplay(plan, input);
+    if (!m_row)
+        completeSampleTexts(m_planned);
+    m_pictures =
+        m_row && !m_row->pictures.isEmpty()
+            ? std::make_unique<PreviewPictures>(m_row->pictures)
+            : std::make_unique<PreviewPictures>(plan.count, m_row ? m_row->poster : QImage());
+}
+
+void SheetPreview::draw()
+{
+    m_isStale = false;
+    m_timer.stop();
+    plan();
+    m_picture = {};
+    if (m_pictures->count() == 0)
+        m_description = localisedCapitalised(u"V_reason_noRow"_s);
+    else
+        drawSheet(sheetDisplay(m_planned, layoutIndex()));
+    setAccessibleDescription(m_description);
+    update();
+    Q_EMIT drawn();
+}
+
+void SheetPreview::drawSheet(const Dico &display)
+{
+    const auto sheet = sheetDrawing(display, m_pictures->count(), 1, jpegFormat.largestSide);
+    if (!sheet) {
+        m_description = localised(u"V_preview_noRoom"_s);
+        return;
+    }
+    const QSizeF room = QSizeF(size().shrunkBy({margin, margin, margin, margin}));
+    const QSizeF page = sheet->geometry.page;
+    const double fit = std::min({room.width() / page.width(), room.height() / page.height(), 1.0});
+    const double scale = std::max(fit, 0.02) * devicePixelRatioF();
+    m_picture = QImage((page * scale).toSize().expandedTo({1, 1}), QImage::Format_RGB32);
+    m_picture.setDevicePixelRatio(devicePixelRatioF());
+    m_pictures->setScale(scale);
+    QPainter painter(&m_picture);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    painter.scale(scale / devicePixelRatioF(), scale / devicePixelRatioF());
+    sheet->draw(painter, *m_pictures);
+    describe(sheet->geometry.page);
+}
+
+void SheetPreview::describe(const QSize &page)
+{
+    const QString count = QString::number(m_pictures->count());
+    if (prefValue(Prefs::prefDpi) == 0) {
+        m_description = filled(localised(u"V_preview_pdf"_s), count);
+        return;
+    }
+    const int width = prefValue(Prefs::prefComputerWidthAuto) ? basePageWidth
+                                                              : prefValue(Prefs::prefComputerWidth);
+    const int height = int(double(width) * page.height() / page.width());
+    m_description = filled(localised(u"V_preview_jpeg"_s), count, QString::number(width),
+                           QString::number(height));
+}
+
+void SheetPreview::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    if (m_picture.isNull()) {
+        painter.setPen(secondaryText(palette()));
+        painter.drawText(rect().adjusted(margin, margin, -margin, -margin),
+                         Qt::AlignCenter | Qt::TextWordWrap, m_isStale ? QString() : m_description);
+        return;
+    }
+    const QSizeF size = m_picture.deviceIndependentSize();
+    const QPointF corner(std::floor((width() - size.width()) / 2), margin);
+    const QRectF page(corner, size);
+    paintShadow(painter, page);
+    painter.drawImage(corner, m_picture);
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(QColor(128, 128, 128, 110), 1));
+    painter.drawRect(page.adjusted(-0.5, -0.5, 0.5, 0.5));
+}
+
+void SheetPreview::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    refresh();
+}
+
+void SheetPreview::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    // Not an event later: the first look would be an empty one.
+    drawIfVisible();
+}
+
+} // namespace vignar

@@ -1,0 +1,54 @@
+#include "shell/preferences/sliderField.h"
+
+#include <QHBoxLayout>
+#include <QSignalBlocker>
+#include <QSlider>
+#include <QSpinBox>
+
+namespace vignar
+{
+
+SliderField::SliderField(int lowest, int highest, int step, const QString &unit, QWidget *parent)
+    : QWidget(parent), m_slider(new QSlider(Qt::Horizontal)), m_field(new QSpinBox), m_step(step)
+{
+    auto *row = new QHBoxLayout(this);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(8);
+    row->addWidget(m_slider, 1);
+    row->addWidget(m_field);
+    m_slider->setRange(lowest / step, highest / step);
+    m_slider->setPageStep(10);
+    m_slider->setMinimumWidth(120);
+    m_field->setRange(lowest, highest);
+    m_field->setSingleStep(step);
+    // Digits of a number that is being typed are no widths to draw sheets in.
+    m_field->setKeyboardTracking(false);
+    if (!unit.isNull())
+        m_field->setSuffix(u' ' + unit);
+    setFocusProxy(m_field);
+
+    connect(m_slider, &QSlider::valueChanged, this, [this](int position) {
+        setValue(position * m_step);
+        Q_EMIT edited();
+    });
+    connect(m_field, &QSpinBox::valueChanged, this, [this](int value) {
+        setValue(value);
+        Q_EMIT edited();
+    });
+}
+
+int SliderField::value() const
+{
+    return m_field->value();
+}
+
+void SliderField::setValue(int value)
+{
+    const QSignalBlocker sliderBlocker(m_slider);
+    const QSignalBlocker fieldBlocker(m_field);
+    m_field->setRange(std::min(m_field->minimum(), value), std::max(m_field->maximum(), value));
+    m_field->setValue(value);
+    m_slider->setValue(value / m_step);
+}
+
+} // namespace vignar
