@@ -32,7 +32,9 @@ QByteArray packed(const Handover &handover)
     QByteArray message;
     QDataStream stream(&message, QIODevice::WriteOnly);
     stream.setVersion(streamVersion);
-    stream << messageMark << qint64(0) << handover.paths << handover.startupToken;
+    stream << messageMark << qint64(0) << handover.startupToken << quint32(handover.paths.size());
+    for (const QString &path : handover.paths)
+        stream << path;
     // The length is that of the whole message, mark and length included.
     stream.device()->seek(sizeof messageMark);
     stream << qint64(message.size());
@@ -57,7 +59,14 @@ bool unpack(const QByteArray &message, Handover &handover)
     stream.setVersion(streamVersion);
     quint32 mark = 0;
     qint64 size = 0;
-    stream >> mark >> size >> handover.paths >> handover.startupToken;
+    quint32 count = 0;
+    stream >> mark >> size >> handover.startupToken >> count;
+    // One by one: a list read as a whole believes its count, and takes the memory for it.
+    for (; count > 0 && stream.status() == QDataStream::Ok; --count) {
+        QString path;
+        stream >> path;
+        handover.paths.append(path);
+    }
     return stream.status() == QDataStream::Ok && stream.atEnd();
 }
 
@@ -164,7 +173,9 @@ void SingleInstance::receive(QLocalSocket &socket)
         socket.abort();
         return;
     }
+    // At once: what the handover sets going may take its time.
     socket.write(&acknowledgement, 1);
+    socket.flush();
     socket.disconnectFromServer();
     Q_EMIT handedOver(handover);
 }
