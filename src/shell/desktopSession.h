@@ -55,6 +55,9 @@ Q_SIGNALS:
     /// The user wants to see a video play. "Play" is offered once somebody connects and
     /// shows MainMenu::preview.
     void previewRequested(const SourceDico &source);
+    /// A batch is over and the user wants to know: a headline, and how many sheets came to
+    /// what.
+    void batchFinished(const QString &title, const QString &counts);
     /// Nothing runs any more and the window is closed: the program may end. Once.
     void ended();
 

@@ -144,6 +144,7 @@ void DesktopSession::tellOfFailures()
                   {}};
     notice.buttons.append({localised(u"V_notice_retry"_s), [this] { go(RowsToMake::unmade); }});
     m_window.notices().show(notice);
+    Q_EMIT batchFinished(notice.title, m_run.summary());
 }
 
 void DesktopSession::batchEnded()
@@ -159,6 +160,7 @@ void DesktopSession::batchEnded()
                                  endTitle,
                                  (m_run.summary() + u'\n' + m_run.troubles()).trimmed(),
                                  {{localised(u"V_notice_open"_s), [this] { openDestination(); }}}});
+        Q_EMIT batchFinished(endTitle, m_run.summary());
     }
     m_model.lookForSources();
     showRows();

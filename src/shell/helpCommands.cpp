@@ -3,17 +3,20 @@
 #include "classShared/lineLog.h"
 #include "settings/alerts.h"
 #include "settings/logFiles.h"
+#include "settings/preferences.h"
 #include "settings/stringTables.h"
 #include "shell/fileManager.h"
 #include "shell/icons.h"
 #include "shell/mainMenu.h"
 #include "shell/mainWindow.h"
+#include "shell/platform/reportDialog.h"
 #include "tasks/blockingRuns.h"
 #include "tasks/toolPlaces.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QMessageBox>
+#include <QSysInfo>
 
 namespace vignar
 {
@@ -40,6 +43,13 @@ HelpCommands::HelpCommands(MainWindow &window, QObject *parent) : QObject(parent
     connect(menu.openSummaryLog, &QAction::triggered, this,
             [this] { iba_OpenFile(summaryLogPath()); });
     connect(menu.openTexts, &QAction::triggered, this, &HelpCommands::iba_openLocalizationFile);
+    connect(menu.report, &QAction::triggered, this, &HelpCommands::report);
+    // The preferences window, which shows it too, gives the activity back when it closes.
+    const auto showUpdate = [&menu] { menu.update->setChecked(prefValue(Prefs::update) != 0); };
+    showUpdate();
+    connect(&window, &MainWindow::activated, this, showUpdate);
+    connect(menu.update, &QAction::triggered, this,
+            [](bool isOn) { prefWrite(Prefs::update, int(isOn)); });
     connect(menu.about, &QAction::triggered, this, &HelpCommands::showAbout);
 }
 
@@ -73,12 +83,28 @@ void HelpCommands::iba_openLocalizationFile()
                AlertStyle::informational, 0);
 }
 
-void HelpCommands::showAbout()
+QStringList HelpCommands::versions() const
 {
     QStringList lines{u"Qt "_s + QString::fromLatin1(qVersion())};
     if (const QString version = ffmpegVersion(); !version.isNull())
         lines << version;
-    lines << m_components;
+    return lines + m_components;
+}
+
+void HelpCommands::report()
+{
+    QStringList lines = versions();
+    lines.prepend(QGuiApplication::applicationDisplayName() + u' ' +
+                  QCoreApplication::applicationVersion());
+    lines << QSysInfo::prettyProductName() + u", "_s + QSysInfo::currentCpuArchitecture() +
+                 u", "_s + QGuiApplication::platformName();
+    auto *dialog = new ReportDialog(lines, &m_window);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->open();
+}
+
+void HelpCommands::showAbout()
+{
     auto *box = new QMessageBox(&m_window);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setWindowTitle(localised(u"V_menu_about"_s).remove(u'&'));
@@ -86,7 +112,7 @@ void HelpCommands::showAbout()
     box->setIconPixmap(applicationIcon().pixmap(64));
     box->setText(QGuiApplication::applicationDisplayName() + u' ' +
                  QCoreApplication::applicationVersion());
-    box->setInformativeText(localised(u"V_about_purpose"_s) + u"\n\n"_s + lines.join(u'\n'));
+    box->setInformativeText(localised(u"V_about_purpose"_s) + u"\n\n"_s + versions().join(u'\n'));
     box->setStandardButtons(QMessageBox::Close);
     box->setWindowModality(Qt::WindowModal);
     box->open();

@@ -8,7 +8,8 @@ namespace vignar
 
 class MainWindow;
 
-/// Carries out the commands of the help menu: the logs, the texts, about.
+/// Carries out the commands of the help menu: the logs, the texts, the report of
+/// a problem, about.
 class HelpCommands : public QObject
 {
     Q_OBJECT
@@ -24,7 +25,9 @@ public:
 
 private:
     void iba_OpenFile(const QString &path);
+    QStringList versions() const;
     void showAbout();
+    void report();
 
     MainWindow &m_window;
     QStringList m_components;

@@ -6,9 +6,15 @@
 #include "shell/alertBoxes.h"
 #include "shell/desktopSession.h"
 #include "shell/icons.h"
+#include "shell/mainMenu.h"
+#include "shell/platform/batchPresence.h"
+#include "shell/platform/singleInstance.h"
+#include "shell/platform/startupToken.h"
+#include "shell/progressPanel.h"
 #include "shell/sessionPreferences.h"
 #include "tasks/workFolder.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QDir>
 #include <QLibraryInfo>
@@ -52,12 +58,58 @@ QStringList pathsOf(const QStringList &arguments)
     return paths;
 }
 
+/// Starts of the program while it runs: their files come to the window, and it to the
+/// front.
+void serveLaterStarts(SingleInstance &instance, DesktopSession &session)
+{
+    QObject::connect(&instance, &SingleInstance::handedOver, &session,
+                     [&session](const Handover &handover) {
+                         raiseWindow(session.window(), handover.startupToken);
+                         if (!handover.paths.isEmpty())
+                             session.openFiles(handover.paths);
+                     });
+    QObject::connect(&session.window(), &MainWindow::closed, &instance, &SingleInstance::close);
+}
+
+/// Tells the desktop of the batch, and the window of what the user does about it there.
+void connectPresence(BatchPresence &presence, DesktopSession &session)
+{
+    const ProgressPanel &progress = session.window().progress();
+    QObject::connect(&progress, &ProgressPanel::changed, &session, [&] {
+        presence.setState({progress.isRunning(), progress.isPaused(), progress.doneOfRun()});
+    });
+    QObject::connect(&session, &DesktopSession::batchFinished, &session,
+                     [&](const QString &title, const QString &counts) {
+                         presence.tellEnd({title, counts, localised(u"V_notice_open"_s)},
+                                          session.window().isActiveWindow());
+                     });
+    EndNotifier &notifier = presence.notifier();
+    QObject::connect(&session.window(), &MainWindow::activated, &notifier, &EndNotifier::withdraw);
+    QObject::connect(&notifier, &EndNotifier::activated, &session,
+                     [&](const QByteArray &token) { raiseWindow(session.window(), token); });
+    QObject::connect(&notifier, &EndNotifier::folderRequested,
+                     session.window().menu().openDestination, &QAction::trigger);
+}
+
+int runSession(SingleInstance &instance, const QStringList &paths)
+{
+    BatchPresence presence(makeDesktopServices());
+    DesktopSession session(applicationPlaces().stateFolder() + u"/batch"_s);
+    setAlertPresenter(std::make_unique<AlertBoxes>(&session.window()));
+    serveLaterStarts(instance, session);
+    connectPresence(presence, session);
+    QObject::connect(&session, &DesktopSession::ended, qApp, &QApplication::quit);
+    session.start(paths);
+    const int status = QApplication::exec();
+    setAlertPresenter({});
+    return status;
+}
+
 } // namespace
 
 int main(int argc, char **argv)
 {
-    startLogs(StandardStreams::redirect);
-    qInstallMessageHandler(logQtMessage);
+    const QByteArray startupToken = startupTokenFromEnvironment();
     QApplication application(argc, argv);
     // The toolkit has adopted the user's locale; tools and parsers count with points.
     std::setlocale(LC_NUMERIC, "C");
@@ -65,9 +117,24 @@ int main(int argc, char **argv)
     QApplication::setApplicationDisplayName(QString(bundleName));
     QApplication::setApplicationVersion(QStringLiteral(VIGNAR_VERSION));
     QApplication::setDesktopFileName(QString(bundleIdentifier));
+    const QStringList paths = pathsOf(QApplication::arguments());
+    SingleInstance instance{QString(bundleIdentifier)};
+    const auto role = instance.claim({paths, startupToken});
+    if (role == SingleInstance::Role::later)
+        return 0;
+
+    // The logs, preferences and work folder are those of the one that runs.
     QApplication::setWindowIcon(applicationIcon());
     QApplication::setQuitOnLastWindowClosed(false);
     speakInterfaceLanguage(application);
+    if (role == SingleInstance::Role::unanswered) {
+        AlertBoxes().present({localised(u"D_appAlreadyOpened_1"_s),
+                              localised(u"D_appAlreadyOpened_2"_s),
+                              localised(u"D_appAlreadyOpened_3"_s)});
+        return 1;
+    }
+    startLogs(StandardStreams::redirect);
+    qInstallMessageHandler(logQtMessage);
 
     setSharedPreferenceStore(std::make_unique<SessionPreferences>(
         std::make_unique<FilePreferenceStore>(defaultPreferenceFilePath())));
@@ -77,15 +144,7 @@ int main(int argc, char **argv)
                    AlertStyle::critical, 0);
         return 1;
     }
-    int status = 0;
-    {
-        DesktopSession session(applicationPlaces().stateFolder() + u"/batch"_s);
-        setAlertPresenter(std::make_unique<AlertBoxes>(&session.window()));
-        QObject::connect(&session, &DesktopSession::ended, &application, &QApplication::quit);
-        session.start(pathsOf(QApplication::arguments()));
-        status = QApplication::exec();
-        setAlertPresenter({});
-    }
+    const int status = runSession(instance, paths);
     removeWorkFolder();
     return status;
 }

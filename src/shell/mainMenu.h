@@ -46,6 +46,8 @@ public:
     QAction *openDetailedLog;
     QAction *openSummaryLog;
     QAction *openTexts;
+    QAction *report;
+    QAction *update;
     QAction *about;
 
     /// The commands for the rows, a null one for a separator.
