@@ -44,7 +44,7 @@ public:
     /// Bytes of one message: Linux lets a command line have 6 MiB at most, which are here
     /// up to two bytes for each of its own.
     static constexpr qint64 messageLimit = 16 * 1024 * 1024;
-    static constexpr std::chrono::milliseconds usualPatience{10000};
+    static constexpr std::chrono::milliseconds usualPatience{15000};
 
     /// name is that of the lock and the socket.
     explicit SingleInstance(const QString &name, QObject *parent = nullptr);
