@@ -1,10 +1,14 @@
 #include "app/sheetDestination.h"
 
 #include "app/sourceFiles.h"
+#include "classShared/dates.h"
+#include "classShared/durations.h"
 #include "classShared/paths.h"
 #include "settings/applicationPlaces.h"
+#include "sheet/plannedSource.h"
 
 #include <QDir>
+#include <QRegularExpression>
 
 namespace vignar
 {
@@ -40,7 +44,56 @@ QString sourceTitle(const QString &srcPath)
     return title.isEmpty() ? u"sheet"_s : title;
 }
 
+QString fieldText(const QString &field, const SourceDico &source, const QString &suffix)
+{
+    const QString path = readStr(source, Keys::srcPathStr);
+    const auto number = [](const std::optional<int> &value) {
+        return value ? QString::number(*value) : QString();
+    };
+    if (field == "name"_L1)
+        return sourceTitle(path);
+    if (field == "suffix"_L1)
+        return suffix;
+    if (field == "date"_L1)
+        return dateCreationStr(path, {}, true).section(u' ', 0, 0);
+    if (field == "width"_L1)
+        return number(read(source, Keys::v_width, 0));
+    if (field == "height"_L1)
+        return number(read(source, Keys::v_height, 0));
+    if (field == "duration"_L1)
+        return duree2HmsStr(plannedSeconds(source)).replace(u'\'', u'm').replace(u'"', u's');
+    if (field == "codec"_L1)
+        return read(source, Keys::v_codec, 0).value_or(QString());
+    if (field == "folder"_L1)
+        return QFileInfo(bundleOrSource(path)).dir().dirName();
+    return u'{' + field + u'}';
+}
+
+/// In one go: what a field says is no template.
+QString withFields(const QString &nameTemplate, const SourceDico &source, const QString &suffix)
+{
+    static const QRegularExpression field(u"\\{(\\w+)\\}"_s);
+    QString name;
+    qsizetype at = 0;
+    for (auto found = field.globalMatch(nameTemplate); found.hasNext();) {
+        const QRegularExpressionMatch match = found.next();
+        name += nameTemplate.mid(at, match.capturedStart() - at) +
+                fieldText(match.captured(1), source, suffix);
+        at = match.capturedEnd();
+    }
+    return name + nameTemplate.mid(at);
+}
+
 } // namespace
+
+QString nameFromTemplate(const QString &nameTemplate, const SourceDico &source,
+                         const QString &suffix)
+{
+    // A backslash separates folders where a share is read by other systems.
+    const QString text = harmless(withFields(nameTemplate, source, suffix)).replace(u'\\', u'-');
+    const QString name = cutToBytes(text.trimmed(), nameLimit);
+    return name.isEmpty() || name == "."_L1 || name == ".."_L1 ? QString() : name;
+}
 
 QString destinationFolder(const QString &destinationField)
 {
@@ -64,15 +117,19 @@ QString sheetSuffix(const QString &prefSuffix, bool isDiskPictureMade, const QSt
     return suffix.isEmpty() || suffix.startsWith(u'-') ? suffix : u"-"_s + suffix;
 }
 
-SheetTarget sheetTarget(const QString &folder, const QString &srcPath, const QString &suffix,
+SheetTarget sheetTarget(const QString &folder, const QString &srcPath, const SheetNaming &naming,
                         QSet<QString> &taken)
 {
-    const QString title = cutToBytes(sourceTitle(srcPath), nameLimit - suffix.toUtf8().size());
+    const QString title =
+        cutToBytes(sourceTitle(srcPath), nameLimit - naming.suffix.toUtf8().size());
+    const bool isAlike = naming.sheetName.toCaseFolded() == title.toCaseFolded();
+    const bool isOwnName = !naming.sheetName.isNull() && !isAlike;
     SheetTarget target;
-    for (int number = 1;; ++number) {
-        const QString base =
-            folder + u'/' + title + (number > 1 ? u"-"_s + QString::number(number) : QString());
-        target = {base + suffix, base + u".jpg"_s};
+    for (int count = 1;; ++count) {
+        const QString number = count > 1 ? u"-"_s + QString::number(count) : QString();
+        const QString base = folder + u'/' + title + number;
+        target = {isOwnName ? folder + u'/' + naming.sheetName + number : base + naming.suffix,
+                  base + u".jpg"_s};
         // Names that differ only in case are one name on many disks.
         const QSet<QString> names{target.sheetFile(SheetFormat::jpeg).toCaseFolded(),
                                   target.diskPicturePath.toCaseFolded()};

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "classShared/sourceDico.h"
 #include "sheet/sheetComposer.h"
 
 #include <QSet>
@@ -17,6 +18,15 @@ QString destinationFolder(const QString &destinationField);
 QString sheetSuffix(const QString &prefSuffix, bool isDiskPictureMade,
                     const QString &defaultSuffix);
 
+/// The name of a source's sheet, without extension, from a template. Its fields are
+/// {name} of the source, {suffix} with its hyphen, {date} of its creation, {width} and
+/// {height} in pixels, {duration} ("1h02m05s"), {codec} and {folder}; what is unknown of
+/// the source leaves nothing, and what is no field stays as it is. Separators and control
+/// characters are made harmless, and what is too long for a file name is cut. Null where
+/// no name is left: then a sheet is called as without a template.
+QString nameFromTemplate(const QString &nameTemplate, const SourceDico &source,
+                         const QString &suffix);
+
 /// Where the files of one source go.
 struct SheetTarget {
     /// Sheet path without extension.
@@ -26,9 +36,17 @@ struct SheetTarget {
     QString sheetFile(SheetFormat format) const { return sheetPath(dstPath, format); }
 };
 
+/// What decides the names of a source's files.
+struct SheetNaming {
+    QString suffix;
+    /// The sheet's own name; null: the source's with the suffix.
+    QString sheetName = {};
+};
+
 /// The target of a source in a folder. Where an earlier source of the same run has
-/// taken the name, a number is added; the names of the target join taken.
-SheetTarget sheetTarget(const QString &folder, const QString &srcPath, const QString &suffix,
+/// taken the name, a number is added; the names of the target join taken. A sheet that
+/// would bear the name of its disk picture gets the suffix.
+SheetTarget sheetTarget(const QString &folder, const QString &srcPath, const SheetNaming &naming,
                         QSet<QString> &taken);
 
 } // namespace vignar

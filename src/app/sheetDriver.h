@@ -65,7 +65,7 @@ public:
 
     /// Where a source's sheet goes, the names in taken being used already; its own join
     /// them.
-    SheetTarget plannedTarget(const QString &srcPath, QSet<QString> &taken) const;
+    SheetTarget plannedTarget(const SourceDico &source, QSet<QString> &taken) const;
 
 Q_SIGNALS:
     /// The batch is over, by itself or stopped.

@@ -66,12 +66,14 @@ bool SheetDriver::isDiskPictureWanted() const
            !(prefValue(Prefs::prefDerush) && prefValue(Prefs::prefDerushNoMultimediaHd));
 }
 
-SheetTarget SheetDriver::plannedTarget(const QString &srcPath, QSet<QString> &taken) const
+SheetTarget SheetDriver::plannedTarget(const SourceDico &source, QSet<QString> &taken) const
 {
     const QString defaultSuffix = read(prefDefaults(), Prefs::prefSuffix).value_or(QString());
-    return sheetTarget(
-        destination(), srcPath,
-        sheetSuffix(prefValue(Prefs::prefSuffix), isDiskPictureWanted(), defaultSuffix), taken);
+    const QString suffix =
+        sheetSuffix(prefValue(Prefs::prefSuffix), isDiskPictureWanted(), defaultSuffix);
+    const SheetNaming naming{suffix,
+                             nameFromTemplate(prefValue(Prefs::prefNameTemplate), source, suffix)};
+    return sheetTarget(destination(), readStr(source, Keys::srcPathStr), naming, taken);
 }
 
 StepEnd SheetDriver::beginRow()
@@ -93,7 +95,7 @@ Result<void> SheetDriver::prepareRow()
     if (auto folder = prepareFolder(); !folder)
         return folder;
 
-    m_target = plannedTarget(m_outcome->source, m_taken);
+    m_target = plannedTarget(workingRecord(), m_taken);
     prefWriteChildDico(RunKeys::processEncDico, Keys::dstPathStr, m_target.dstPath);
     prefWriteChildDico(RunKeys::processEncDico, Keys::dstPathStrMultimediaHd,
                        m_target.diskPicturePath);

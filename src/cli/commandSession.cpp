@@ -158,7 +158,7 @@ void CommandSession::rowAdded(int index)
 void CommandSession::printPlan(const SourceDico &record)
 {
     const QString source = readStr(record, Keys::srcPathStr);
-    const SheetTarget target = m_application.sheetDriver().plannedTarget(source, m_taken);
+    const SheetTarget target = m_application.sheetDriver().plannedTarget(record, m_taken);
     const int layout = chosenLayout();
     const SheetPlan plan = planSheet(layout, SheetDriver::planningInput(record, layout),
                                      plannedExtractionFolder(target.dstPath));

@@ -13,6 +13,9 @@ namespace Prefs
 
 inline constexpr Key<QString> prefDefautDstPathStr{"prefDefautDstPathStr"};
 inline constexpr Key<QString> prefSuffix{"prefSuffix"};
+/// The fields that name a sheet ("{date} {name}{suffix}"); empty: the source's name and
+/// the suffix.
+inline constexpr Key<QString> prefNameTemplate{"prefNameTemplate"};
 inline constexpr Key<int> prefColor{"prefColor"};
 /// The sheet layout: 0 Big, 1 Med, 2 Min, 3 Mix.
 inline constexpr Key<int> prefCheckMatrix{"prefCheckMatrix"};

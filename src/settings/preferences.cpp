@@ -184,6 +184,7 @@ Dico prefDefaults()
     Dico defaults;
     write(defaults, Prefs::prefDefautDstPathStr, expandTilde(u"~/Movies/"_s));
     write(defaults, Prefs::prefSuffix, u"index"_s);
+    write(defaults, Prefs::prefNameTemplate, u""_s);
     write(defaults, Prefs::prefColor, -1);
     write(defaults, Prefs::prefCheckMatrix, 3);
     write(defaults, Prefs::prefAlertEnd, 1);

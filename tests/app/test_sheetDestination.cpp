@@ -17,6 +17,8 @@ private Q_SLOTS:
     void normalisesSuffix();
     void numbersSourcesOfOneName();
     void keepsLongNamesWritable();
+    void namesByTemplate_data();
+    void namesByTemplate();
 };
 
 void TestSheetDestination::addsSubfolderInMovies_data()
@@ -64,7 +66,7 @@ void TestSheetDestination::numbersSourcesOfOneName()
 {
     QSet<QString> taken;
     const auto target = [&taken](const QString &source) {
-        return sheetTarget(u"/d"_s, source, u"-index"_s, taken);
+        return sheetTarget(u"/d"_s, source, {u"-index"_s}, taken);
     };
     QCOMPARE(target(u"/a/clip.mp4"_s).dstPath, u"/d/clip-index"_s);
     const SheetTarget second = target(u"/b/Clip.mkv"_s);
@@ -81,11 +83,45 @@ void TestSheetDestination::keepsLongNamesWritable()
     QSet<QString> taken;
     const QString name = u"é🎬"_s.repeated(60);
     const SheetTarget target =
-        sheetTarget(u"/d"_s, u"/a/"_s + name + u".mp4"_s, u"-index"_s, taken);
+        sheetTarget(u"/d"_s, u"/a/"_s + name + u".mp4"_s, {u"-index"_s}, taken);
     const QString fileName = target.sheetFile(SheetFormat::jpeg).mid(3);
     QVERIFY(fileName.toUtf8().size() < 240);
     QVERIFY(fileName.isValidUtf16());
     QVERIFY(fileName.endsWith(u"-index.jpg"_s));
+}
+
+void TestSheetDestination::namesByTemplate_data()
+{
+    QTest::addColumn<QString>("nameTemplate");
+    QTest::addColumn<QString>("sheet");
+    const QString usual = u"{width}-index"_s;
+    QTest::newRow("empty") << u""_s << usual;
+    QTest::newRow("fields") << u"{folder}_{name}{suffix} {height}p {codec} {duration}"_s
+                            << u"trip_{width}-index 720p h264 1h02m05s"_s;
+    QTest::newRow("no field") << u"{nope} {name"_s << u"{nope} {name"_s;
+    QTest::newRow("separators") << u"../a\\b\t{name}"_s << u"..-a-b-{width}"_s;
+    QTest::newRow("folder itself") << u" . "_s << usual;
+    QTest::newRow("folder above") << u".."_s << usual;
+    QTest::newRow("name of the disk picture") << u"{name}"_s << usual;
+    QTest::newRow("too long") << u"é"_s.repeated(300) << u"é"_s.repeated(110);
+}
+
+void TestSheetDestination::namesByTemplate()
+{
+    QFETCH(QString, nameTemplate);
+    QFETCH(QString, sheet);
+    // A name that looks like a field is none.
+    const SourceDico source{{Keys::srcPathStr, u"/v/trip/{width}.mp4"_s},
+                            {Keys::w_duration, 3725.9},
+                            {Keys::v_height(0), 720},
+                            {Keys::v_codec(0), u"h264"_s}};
+    const SheetNaming naming{u"-index"_s, nameFromTemplate(nameTemplate, source, u"-index"_s)};
+    QSet<QString> taken;
+    const auto target = [&] {
+        return sheetTarget(u"/d"_s, readStr(source, Keys::srcPathStr), naming, taken);
+    };
+    QCOMPARE(target().dstPath, u"/d/"_s + sheet);
+    QCOMPARE(target().diskPicturePath, u"/d/{width}-2.jpg"_s);
 }
 
 QTEST_GUILESS_MAIN(TestSheetDestination)
