@@ -50,9 +50,15 @@ SheetDriver::SheetDriver(Outlets &outlets, BatchList &batch, ProgressReporter &r
         if (kind == RunnerKind::main)
             again(stepProcesses);
     });
-    connect(&m_executor, &PassExecutor::landed, this, &SheetDriver::showLanded);
+    connect(&m_executor, &PassExecutor::landed, this, [this](int pictures) {
+        m_outlets.setProgressValue(ProgressBar::main, pictures);
+        m_outlets.setPercentText(RunnerKind::main, filled(u"%ld %%", 100 * pictures / m_planned));
+        showLanded(pictures);
+    });
     connect(&m_executor, &PassExecutor::finished, this, [this] {
         m_outlets.setWheelSpinning(RunnerKind::main, false);
+        m_outlets.setProgressMaximum(ProgressBar::main, 0);
+        m_outlets.setPercentText(RunnerKind::main, {});
         again(stepProcesses);
     });
     connect(&m_batch, &BatchList::rowRemoved, this, [this](int index) {

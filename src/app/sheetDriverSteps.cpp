@@ -68,7 +68,7 @@ StepEnd SheetDriver::runAllPasses()
 {
     m_outlets.setActionText(RunnerKind::main, QFileInfo(m_outcome->source).fileName());
     m_outlets.setWheelSpinning(RunnerKind::main, true);
-    m_outlets.setProgressMaximum(ProgressBar::main, 0);
+    m_outlets.setProgressMaximum(ProgressBar::main, m_planned);
     showLanded(0);
     m_executor.start(takePasses(), workingRecord());
     return StepEnd::running;
