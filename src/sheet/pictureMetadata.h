@@ -19,8 +19,8 @@ struct PictureMetadata {
 /// "Vignar" and its version.
 QString softwareName();
 
-/// An encoded JPEG, PNG, WebP or TIFF picture (sRGB) with its metadata added as EXIF and
-/// as XMP, the names of the texts being those that photo programs show:
+/// An encoded JPEG, PNG, WebP, TIFF or JPEG 2000 picture (sRGB) with its metadata added as
+/// EXIF and as XMP, the names of the texts being those that photo programs show:
 /// ImageDescription and dc:title, DocumentName and dc:source, Software and
 /// xmp:CreatorTool. Characters that neither can hold become blanks. The reason of a
 /// failure is the library's and meant for the log.

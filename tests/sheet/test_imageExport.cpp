@@ -114,6 +114,9 @@ private Q_SLOTS:
         QCOMPARE(reason(16383, webpFormat), QString());
         QCOMPARE(reason(65500, jpegFormat), QString());
         QVERIFY(!contentOf(at(u"long"_s)).contains("elsewhere"));
+        // A format without a place for metadata still gets its picture.
+        QVERIFY(writePicture(halves({9, 9}), at(u"a.gif"_s), gifFormat, -1, {u"title"_s, {}}));
+        QCOMPARE(imgSizes(at(u"a.gif"_s)), QSize(9, 9));
     }
 
     void factorsBecomeQualities()
