@@ -22,14 +22,15 @@ QByteArray startupTokenFromEnvironment()
 
 void raiseWindow(QWidget &window, const QByteArray &token)
 {
-    // The toolkit hands this variable to the compositor with the next activation, and
-    // removes it then.
+    // The toolkit hands this variable to a Wayland compositor with the next activation; a
+    // program that we start is not to inherit it.
     if (!token.isEmpty())
         qputenv(activationVariable, token);
     window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
     window.show();
     window.raise();
     window.activateWindow();
+    qunsetenv(activationVariable);
 }
 
 } // namespace vignar
