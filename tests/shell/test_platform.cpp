@@ -81,18 +81,6 @@ QString hex(const QString &path)
     return QString::fromLatin1(path.toUtf8().toHex());
 }
 
-/// Keeps the log lines as long as it lives.
-class LogCatcher
-{
-public:
-    LogCatcher() : m_before(setLogSink([this](const QString &line) { lines << line; })) {}
-    ~LogCatcher() { setLogSink(m_before); }
-    QStringList lines;
-
-private:
-    LogSink m_before;
-};
-
 class RecordingServices : public SleepInhibitor, public TaskbarProgress, public EndNotifier
 {
 public:
@@ -315,13 +303,15 @@ private Q_SLOTS:
 
     void aDesktopWithoutServicesIsBorneWith()
     {
-        LogCatcher log;
+        QStringList lines;
+        const LogSink before = setLogSink([&](const QString &line) { lines << line; });
         DBusSleepInhibitor inhibitor;
         inhibitor.inhibit(u"why"_s);
         DBusEndNotifier notifier;
         notifier.show({u"The end"_s, {}, {}});
         DBusTaskbarProgress().show(0.5);
-        QTRY_COMPARE(log.lines.filter(u":-("_s).size(), 3);
+        QTRY_COMPARE(lines.filter(u":-("_s).size(), 3);
+        setLogSink(before);
         QCOMPARE(inhibitor.holder(), DBusSleepInhibitor::Holder::none);
     }
 
