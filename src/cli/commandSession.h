@@ -1,8 +1,8 @@
 #pragma once
 
 #include "app/appDelegate.h"
+#include "app/signalWatcher.h"
 #include "cli/commandLine.h"
-#include "cli/signalWatcher.h"
 #include "cli/sourceArguments.h"
 #include "cli/terminal.h"
 

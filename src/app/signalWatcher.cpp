@@ -1,4 +1,4 @@
-#include "cli/signalWatcher.h"
+#include "app/signalWatcher.h"
 
 #include <QSocketNotifier>
 
