@@ -1,3 +1,4 @@
+#include "app/signalWatcher.h"
 #include "classShared/lineLog.h"
 #include "settings/applicationPlaces.h"
 #include "settings/logFiles.h"
@@ -99,6 +100,10 @@ int runSession(SingleInstance &instance, const QStringList &paths)
     serveLaterStarts(instance, session);
     connectPresence(presence, session);
     QObject::connect(&session, &DesktopSession::ended, qApp, &QApplication::quit);
+    // The end of the desktop session asks no questions.
+    const SignalWatcher signalWatcher;
+    QObject::connect(&signalWatcher, &SignalWatcher::interrupted, &session,
+                     &DesktopSession::quitNow);
     session.start(paths);
     const int status = QApplication::exec();
     setAlertPresenter({});
