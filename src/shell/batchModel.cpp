@@ -14,6 +14,8 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
+constexpr std::chrono::milliseconds lookDelay{200};
+
 QString withoutMnemonic(QString words)
 {
     return words.remove(u'&');
@@ -52,7 +54,11 @@ BatchModel::BatchModel(BatchList &batch, QObject *parent)
     connect(&batch, &BatchList::rowAdded, this, &BatchModel::rowAdded);
     connect(&batch, &BatchList::rowChanged, this, &BatchModel::rowChanged);
     connect(&batch, &BatchList::rowRemoved, this, &BatchModel::rowRemoved);
-    connect(&m_folders, &QFileSystemWatcher::directoryChanged, this, &BatchModel::lookForSources);
+    // A folder that sheets are written to changes many times in a row.
+    m_look.setSingleShot(true);
+    m_look.setInterval(lookDelay);
+    connect(&m_look, &QTimer::timeout, this, &BatchModel::lookForSources);
+    connect(&m_folders, &QFileSystemWatcher::directoryChanged, this, [this] { m_look.start(); });
 }
 
 int BatchModel::rowCount(const QModelIndex &parent) const

@@ -6,6 +6,7 @@
 #include <QFileSystemWatcher>
 #include <QHash>
 #include <QSet>
+#include <QTimer>
 
 namespace vignar
 {
@@ -65,6 +66,7 @@ private:
     QHash<QString, RowFate> m_fates;
     QSet<QString> m_missing;
     QFileSystemWatcher m_folders;
+    QTimer m_look;
 };
 
 /// "Mix · JPEG".

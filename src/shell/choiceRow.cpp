@@ -23,7 +23,7 @@ namespace
 constexpr int padding = 8;
 constexpr int gap = 4;
 /// So that short words make buttons of the same width.
-constexpr int smallestWidth = 72;
+constexpr int smallestWidth = 64;
 
 /// A picture with a word under it that stays down.
 class ChoiceButton : public QAbstractButton
@@ -33,6 +33,7 @@ public:
         : QAbstractButton(parent), m_pictureSize(pictureSize), m_picture(std::move(picture))
     {
         setCheckable(true);
+        setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
         setFocusPolicy(Qt::StrongFocus);
         setAttribute(Qt::WA_Hover);
     }

@@ -39,6 +39,8 @@ DesktopSession::DesktopSession(const QString &stateFolder)
       m_saved(stateFolder, [this] { return state(); }),
       m_help(new HelpCommands(m_window, this))
 {
+    m_rowsTimer.setSingleShot(true);
+    connect(&m_rowsTimer, &QTimer::timeout, this, &DesktopSession::showRows);
     m_endTimer.setInterval(std::chrono::seconds(3));
     connect(&m_endTimer, &QTimer::timeout, this, &DesktopSession::retryEnding);
     connectWindow();
@@ -90,7 +92,7 @@ void DesktopSession::connectWindow()
     connect(&progress, &ProgressPanel::pausePressed, this, &DesktopSession::setPaused);
     connect(&progress, &ProgressPanel::stopPressed, this, &DesktopSession::stop);
     for (const auto signal : {&BatchList::rowAdded, &BatchList::rowChanged, &BatchList::rowRemoved})
-        connect(&m_application.whichArrayController(), signal, this, &DesktopSession::showRows);
+        connect(&m_application.whichArrayController(), signal, this, &DesktopSession::rowsChanged);
 }
 
 void DesktopSession::connectMenu()
@@ -236,8 +238,16 @@ void DesktopSession::updateChoiceHint()
     m_window.setChoiceHint(isOther ? localised(u"V_choices_hint"_s) : QString());
 }
 
+void DesktopSession::rowsChanged()
+{
+    // A run begins with a change of every row: a list of thousands is looked at once.
+    m_rowsTimer.start(0);
+    m_saved.changed();
+}
+
 void DesktopSession::showRows()
 {
+    m_rowsTimer.stop();
     const BatchList &batch = m_application.whichArrayController();
     int toMake = 0;
     for (int row = 0; row < batch.count(); ++row) {
@@ -248,7 +258,6 @@ void DesktopSession::showRows()
         m_window.progress().setRows(m_run.finished(), m_run.finished() + toMake);
     updateCommands();
     updateChoiceHint();
-    m_saved.changed();
 }
 
 } // namespace vignar

@@ -94,6 +94,7 @@ private:
     void showFolderPanel();
     void openDestination();
     void rememberDestination();
+    void rowsChanged();
     void showRows();
     void tellOfFailures();
 
@@ -112,6 +113,7 @@ private:
     HelpCommands *m_help;
     RunTally m_run;
     RunTally m_analysis;
+    QTimer m_rowsTimer;
     QTimer m_endTimer;
     int m_endAttempts = 0;
     bool m_isGoAllowed = false;

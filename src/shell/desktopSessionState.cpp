@@ -46,8 +46,9 @@ SessionState DesktopSession::state()
 
 void DesktopSession::start(const QStringList &paths)
 {
-    restoreWindowPlace(m_window, windowName);
+    // The list first: the drawer that it opens is part of the window's place.
     restore();
+    restoreWindowPlace(m_window, windowName);
     m_window.show();
     if (!paths.isEmpty())
         openFiles(paths);

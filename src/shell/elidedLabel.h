@@ -24,9 +24,12 @@ protected:
     {
         QPainter painter(this);
         painter.setPen(palette().color(foregroundRole()));
-        painter.drawText(contentsRect(),
-                         int(QStyle::visualAlignment(layoutDirection(), alignment())),
-                         fontMetrics().elidedText(text(), Qt::ElideMiddle, contentsRect().width()));
+        // A name is read in the direction of its own letters.
+        painter.setLayoutDirection(Qt::LayoutDirectionAuto);
+        painter.drawText(
+            contentsRect(),
+            int(QStyle::visualAlignment(layoutDirection(), alignment()) | Qt::AlignAbsolute),
+            fontMetrics().elidedText(text(), Qt::ElideMiddle, contentsRect().width()));
     }
 };
 

@@ -81,7 +81,7 @@ MainWindow::MainWindow(BatchModel &model)
 QWidget *MainWindow::makeControls()
 {
     auto *choosers = new QHBoxLayout;
-    choosers->setSpacing(2 * spacing);
+    choosers->setSpacing(spacing + spacing / 2);
     choosers->addWidget(m_layouts);
     choosers->addWidget(m_formats);
     choosers->addStretch();
@@ -103,7 +103,6 @@ QWidget *MainWindow::makeControls()
     column->addWidget(m_choiceHint);
     column->addWidget(m_destination);
     column->addWidget(m_progress);
-    controls->setMinimumWidth(440);
     return controls;
 }
 

@@ -179,9 +179,10 @@ void ProgressPanel::setStepsValue(double value)
 
 void ProgressPanel::setRows(int finished, int all)
 {
-    m_finished = finished;
+    // What was done of a sheet counts until that sheet is one of the finished.
+    if (std::exchange(m_finished, finished) != finished)
+        m_stepsMaximum = m_stepsValue = 0;
     m_rows = all;
-    m_stepsMaximum = m_stepsValue = 0;
     showProgress();
 }
 

@@ -99,6 +99,8 @@ public:
     {
         m_painter.setRenderHint(QPainter::Antialiasing);
         m_painter.setRenderHint(QPainter::SmoothPixmapTransform);
+        // A name is read in the direction of its own letters.
+        m_painter.setLayoutDirection(Qt::LayoutDirectionAuto);
         drawPoster();
         draw(m_places.order, text(BatchModel::orderRole), faintColour(), Qt::AlignHCenter);
         QFont strong = m_option.font;
@@ -128,9 +130,10 @@ private:
     {
         m_painter.setPen(colour);
         const auto mode = place == m_places.name ? Qt::ElideMiddle : Qt::ElideRight;
-        m_painter.drawText(
-            place, int(QStyle::visualAlignment(m_option.direction, alignment) | Qt::AlignVCenter),
-            QFontMetrics(m_painter.font()).elidedText(words, mode, place.width()));
+        m_painter.drawText(place,
+                           int(QStyle::visualAlignment(m_option.direction, alignment) |
+                               Qt::AlignVCenter | Qt::AlignAbsolute),
+                           QFontMetrics(m_painter.font()).elidedText(words, mode, place.width()));
     }
 
     void drawPoster()

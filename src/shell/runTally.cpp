@@ -17,7 +17,7 @@ constexpr int troublesShown = 3;
 
 QString trouble(const QString &source, const QString &reason)
 {
-    return QFileInfo(source).fileName() + u": "_s + reason;
+    return filled(localised(u"V_tally_trouble"_s), QFileInfo(source).fileName(), reason);
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 
 #include <QCryptographicHash>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -135,6 +136,8 @@ bool SavedBatch::save()
     m_timer.stop();
     if (m_isFrozen)
         return true;
+    QElapsedTimer clock;
+    clock.start();
     const SessionState state = m_current();
     QDir().mkpath(m_folder);
     keepPosters(state);
@@ -147,6 +150,7 @@ bool SavedBatch::save()
     if (!isSaved && !m_isFailureTold)
         logLine(u"saved list          :-( '%@' : %@", filePath(), file.errorString());
     m_isFailureTold = !isSaved;
+    m_timer.setInterval(std::max(saveDelay, std::chrono::milliseconds(4 * clock.elapsed())));
     return isSaved;
 }
 

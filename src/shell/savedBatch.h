@@ -30,7 +30,8 @@ struct SessionState {
 /// Keeps the batch list in a folder of its own, "batch.json" and a small poster for each
 /// row, so that it survives the program however that ends.
 ///
-/// The file is replaced as a whole, at the latest saveDelay after a change.
+/// The file is replaced as a whole, at the latest saveDelay after a change; later only
+/// where the list is so long that saving it would take up the time.
 class SavedBatch : public QObject
 {
     Q_OBJECT

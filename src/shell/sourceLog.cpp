@@ -10,6 +10,7 @@
 #include <QFileInfo>
 #include <QFontDatabase>
 #include <QPlainTextEdit>
+#include <QSet>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -49,15 +50,23 @@ bool names(const QString &line, const QString &path)
 
 QStringList linesOfSource(const QString &log, const QString &source, const QStringList &others)
 {
+    // Few folders hold many sources: most lines need not be held against each of them.
+    QSet<QString> folders;
+    for (const QString &other : others)
+        folders.insert(QFileInfo(other).path());
+    const auto namesAnother = [&](const QString &line) {
+        return std::any_of(folders.begin(), folders.end(),
+                           [&](const QString &folder) { return line.contains(folder); }) &&
+               std::any_of(others.begin(), others.end(),
+                           [&](const QString &other) { return names(line, other); });
+    };
     QStringList found;
     bool isOurs = false;
     for (const QStringView each : QStringView(log).split(u'\n')) {
         const QString line = each.toString();
         if (names(line, source))
             isOurs = true;
-        else if (line.contains(u'/') &&
-                 std::any_of(others.begin(), others.end(),
-                             [&](const QString &other) { return names(line, other); }))
+        else if (isOurs && namesAnother(line))
             isOurs = false;
         if (isOurs && !line.isEmpty())
             found.append(line);

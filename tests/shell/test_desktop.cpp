@@ -21,6 +21,7 @@
 #include <QJsonObject>
 #include <QMimeData>
 #include <QPushButton>
+#include <QScreen>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -348,6 +349,7 @@ void TestDesktop::listSurvives()
     session->go();
     waitForEnd(*session);
     QSignalSpy ended(session.get(), &DesktopSession::ended);
+    const QSize size = session->window().size();
     session->quit();
     QTRY_COMPARE(ended.size(), 1);
     session.reset();
@@ -355,6 +357,8 @@ void TestDesktop::listSurvives()
 
     session = startSession();
     QCOMPARE(session->model().rowCount(), 2);
+    const QSize screen = session->window().screen()->availableSize();
+    QCOMPARE(session->window().size(), size.boundedTo(screen));
     QCOMPARE(statusOf(*session, 0), localised(u"V_row_success"_s));
     QCOMPARE(statusOf(*session, 1), localised(u"V_row_missing"_s));
     const QModelIndex row = session->model().index(0);

@@ -1,6 +1,8 @@
+#include "classShared/format.h"
 #include "settings/preferenceStore.h"
 #include "settings/preferences.h"
 #include "settings/stringTables.h"
+#include "shell/alertBoxes.h"
 #include "shell/desktopSession.h"
 #include "shell/mainMenu.h"
 #include "shell/remainingTime.h"
@@ -10,9 +12,12 @@
 
 #include <QAbstractButton>
 #include <QAccessible>
+#include <QApplication>
+#include <QCheckBox>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
+#include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -31,6 +36,7 @@ private Q_SLOTS:
     void logLinesOfOneSource();
     void marksOfTheRunStayInMemory();
     void brokenListIsKeptAside();
+    void alertTellsButtonAndCheckBox();
     void everyControlIsNamedAndReached_data();
     void everyControlIsNamedAndReached();
 };
@@ -97,6 +103,30 @@ void TestShellParts::brokenListIsKeptAside()
     QVERIFY(saved.load().rows.isEmpty());
     QVERIFY(saved.save());
     QVERIFY(QFile::exists(path + u".broken"_s));
+}
+
+void TestShellParts::alertTellsButtonAndCheckBox()
+{
+    QString shown;
+    QTimer::singleShot(0, this, [&shown] {
+        const QWidget *box = QApplication::activeModalWidget();
+        for (const auto *label : box->findChildren<QLabel *>())
+            shown += label->text() + u'|';
+        box->findChild<QCheckBox *>()->click();
+        for (auto *button : box->findChildren<QPushButton *>()) {
+            if (button->text() == u"Replace")
+                button->click();
+        }
+    });
+    setAlertPresenter(std::make_unique<AlertBoxes>());
+    const AlertAnswer answer =
+        alertTimedSuppressible(u"a.jpg"_s, u"<b>50%</b> exists"_s, u"Keep"_s, u"Replace"_s,
+                               u"Apply to All"_s, AlertStyle::warning, 10);
+    setAlertPresenter({});
+    QCOMPARE(answer.button, AlertButton::second);
+    QVERIFY(answer.isSuppressed);
+    QVERIFY(shown.contains(u"<b>50%</b> exists"_s));
+    QVERIFY(shown.contains(filled(localised(u"V_alert_countdown"_s), 10)));
 }
 
 void TestShellParts::everyControlIsNamedAndReached_data()
