@@ -1,32 +1,24 @@
 #pragma once
 
 #include "shell/player/mediaPlayer.h"
+#include "shell/player/mpvCore.h"
 
-#include <memory>
 #include <optional>
+#include <string_view>
 
-struct mpv_event;
 struct mpv_event_end_file;
 struct mpv_event_property;
-struct mpv_handle;
-struct mpv_node;
-struct mpv_render_context;
 
 namespace vignar
 {
 
-enum class Sound { device, none };
-
-/// The player that libmpv makes, drawing in memory. It reads the one file and nothing else:
-/// no configuration, script, subtitle or address beside or inside it. Destruction ends its
-/// threads and releases the file, also while it is opening.
+/// The player that libmpv makes.
 class MpvPlayer : public MediaPlayer
 {
     Q_OBJECT
 
 public:
     explicit MpvPlayer(Sound sound, QObject *parent = nullptr);
-    ~MpvPlayer() override;
 
     void open(const QString &path, double seconds) override;
     void seek(double seconds) override;
@@ -37,50 +29,40 @@ public:
 
 private:
     enum Reply : quint64 { noReply, moveReply, positionReply };
-    struct Shape {
-        /// In square pixels, before the turn.
-        QSize size;
-        /// Clockwise, in degrees.
-        int turn = 0;
-    };
-
     struct Move {
         QByteArrayList words;
         /// A later position than this means that pictures were missed, in seconds.
         double latest;
+        /// Where it started, in seconds.
+        double from = 0;
         /// Index of the run-up that was in use before.
         size_t firstRunUp = 0;
     };
 
-    bool create(Sound sound);
     void command(const QByteArrayList &words, Reply reply = noReply);
-    void handleEvents();
-    void handle(const mpv_event &event);
-    void handleReply(const mpv_event &event);
-    void handleProperty(const mpv_event_property &property);
-    void handlePosition(double seconds);
-    void handleEnd(const mpv_event_end_file &end);
-    void setShape(const mpv_node &parameters);
     static Move seekMove(double seconds);
     void startMove(const Move &move);
     bool retryMove();
     void endMove();
+
+    void handleEvents();
+    void handle(const mpv_event &event);
+    void handleReply(const mpv_event &event);
+    void handleProperty(const mpv_event_property &property);
+    void handleInfo(std::string_view name, const void *data);
+    void handlePause(bool isPaused);
+    void handlePosition(double seconds);
+    void handleEnd(const mpv_event_end_file &end);
     void fail();
-    void draw();
-    QImage drawnPicture();
+    void handlePicture();
+    void showPicture();
 
-    struct EndCore {
-        void operator()(mpv_handle *core) const;
-    };
-    struct EndRenderer {
-        void operator()(mpv_render_context *renderer) const;
-    };
-    /// The renderer must go before the core.
-    std::unique_ptr<mpv_handle, EndCore> m_core;
-    std::unique_ptr<mpv_render_context, EndRenderer> m_renderer;
-
+    /// Null once nothing can be shown.
+    std::unique_ptr<MpvCore> m_core;
     QSize m_room;
-    Shape m_shape;
+    /// Of the picture in square pixels, before its quarter turns (clockwise).
+    QSize m_size;
+    int m_turns = 0;
     MediaInfo m_info;
     double m_position = 0;
     std::optional<Move> m_move;
@@ -89,7 +71,6 @@ private:
     /// A forward step ends with the next picture; the core does not tell its end.
     bool m_isStepping = false;
     bool m_isAtEnd = false;
-    bool m_hasFailed = false;
 };
 
 } // namespace vignar
