@@ -41,4 +41,18 @@ Dico sheetDisplay(const Dico &planned, int layout)
     return display;
 }
 
+bool isDiskPictureWanted()
+{
+    return prefValue(Prefs::prefMultimediaHd) &&
+           !(prefValue(Prefs::prefDerush) && prefValue(Prefs::prefDerushNoMultimediaHd));
+}
+
+SheetNaming sheetNaming(const SourceDico &source)
+{
+    const QString defaultSuffix = read(prefDefaults(), Prefs::prefSuffix).value_or(QString());
+    const QString suffix =
+        sheetSuffix(prefValue(Prefs::prefSuffix), isDiskPictureWanted(), defaultSuffix);
+    return {suffix, nameFromTemplate(prefValue(Prefs::prefNameTemplate), source, suffix)};
+}
+
 } // namespace vignar

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/sheetDestination.h"
 #include "classShared/sourceDico.h"
 
 namespace vignar
@@ -8,5 +9,11 @@ namespace vignar
 /// What the preferences make of a planned display dictionary: layout, colours and frames
 /// written, the texts that are not wanted on the sheet left out.
 Dico sheetDisplay(const Dico &planned, int layout);
+
+/// True when the preferences ask for a disk picture beside each sheet.
+bool isDiskPictureWanted();
+
+/// The names that the preferences give to the files of a source.
+SheetNaming sheetNaming(const SourceDico &source);
 
 } // namespace vignar

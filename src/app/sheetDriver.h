@@ -110,7 +110,6 @@ private:
     void makeDiskPicture(const QString &pictureFolder);
     void finishRow();
     void writeSummary() const;
-    bool isDiskPictureWanted() const;
     void startRun(const RunRequest &request);
 
     Outlets &m_outlets;

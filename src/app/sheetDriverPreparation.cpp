@@ -1,6 +1,7 @@
 #include "app/sheetDriver.h"
 
 #include "app/batchList.h"
+#include "app/sheetDisplay.h"
 #include "classShared/files.h"
 #include "classShared/lineLog.h"
 #include "classShared/sizes.h"
@@ -60,20 +61,10 @@ QString SheetDriver::destination() const
     return destinationFolder(m_outlets.destinationField());
 }
 
-bool SheetDriver::isDiskPictureWanted() const
-{
-    return prefValue(Prefs::prefMultimediaHd) &&
-           !(prefValue(Prefs::prefDerush) && prefValue(Prefs::prefDerushNoMultimediaHd));
-}
-
 SheetTarget SheetDriver::plannedTarget(const SourceDico &source, QSet<QString> &taken) const
 {
-    const QString defaultSuffix = read(prefDefaults(), Prefs::prefSuffix).value_or(QString());
-    const QString suffix =
-        sheetSuffix(prefValue(Prefs::prefSuffix), isDiskPictureWanted(), defaultSuffix);
-    const SheetNaming naming{suffix,
-                             nameFromTemplate(prefValue(Prefs::prefNameTemplate), source, suffix)};
-    return sheetTarget(destination(), readStr(source, Keys::srcPathStr), naming, taken);
+    return sheetTarget(destination(), readStr(source, Keys::srcPathStr), sheetNaming(source),
+                       taken);
 }
 
 StepEnd SheetDriver::beginRow()
