@@ -28,6 +28,11 @@ struct SheetOutcome {
     QString diskPicture;
     /// A file bore the disk picture's name already, and was kept.
     bool isDiskPictureKept = false;
+    /// Paths of the seek preview's files made or kept, else empty.
+    QString sprite;
+    QString vtt;
+    /// What is to be told of the seek preview: that it was kept, or why there is none.
+    QString previewNote;
     int layout = mixLayout;
     SheetFormat format = SheetFormat::jpeg;
     /// Pictures on the sheet, and pictures planned that could not be had.

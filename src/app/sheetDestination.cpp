@@ -131,8 +131,10 @@ SheetTarget sheetTarget(const QString &folder, const QString &srcPath, const She
         target = {isOwnName ? folder + u'/' + naming.sheetName + number : base + naming.suffix,
                   base + u".jpg"_s};
         // Names that differ only in case are one name on many disks.
-        const QSet<QString> names{target.sheetFile(SheetFormat::jpeg).toCaseFolded(),
-                                  target.diskPicturePath.toCaseFolded()};
+        QSet<QString> names{target.sheetFile(SheetFormat::jpeg).toCaseFolded(),
+                            target.diskPicturePath.toCaseFolded()};
+        if (naming.isPreviewMade)
+            names.insert(target.spriteFile().toCaseFolded());
         if (!taken.intersects(names)) {
             taken.unite(names);
             return target;

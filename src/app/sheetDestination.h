@@ -34,6 +34,9 @@ struct SheetTarget {
     QString diskPicturePath;
 
     QString sheetFile(SheetFormat format) const { return sheetPath(dstPath, format); }
+    /// The two files of a seek preview.
+    QString spriteFile() const { return dstPath + QLatin1String("-sprite.jpg"); }
+    QString vttFile() const { return dstPath + QLatin1String(".vtt"); }
 };
 
 /// What decides the names of a source's files.
@@ -41,6 +44,7 @@ struct SheetNaming {
     QString suffix;
     /// The sheet's own name; null: the source's with the suffix.
     QString sheetName = {};
+    bool isPreviewMade = false;
 };
 
 /// The target of a source in a folder. Where an earlier source of the same run has

@@ -52,7 +52,8 @@ SheetNaming sheetNaming(const SourceDico &source)
     const QString defaultSuffix = read(prefDefaults(), Prefs::prefSuffix).value_or(QString());
     const QString suffix =
         sheetSuffix(prefValue(Prefs::prefSuffix), isDiskPictureWanted(), defaultSuffix);
-    return {suffix, nameFromTemplate(prefValue(Prefs::prefNameTemplate), source, suffix)};
+    return {suffix, nameFromTemplate(prefValue(Prefs::prefNameTemplate), source, suffix),
+            prefValue(Prefs::prefWebVtt) != 0};
 }
 
 } // namespace vignar

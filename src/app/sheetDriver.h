@@ -101,6 +101,7 @@ private:
     Result<void> prepareRow();
     Result<void> prepareFolder();
     Result<void> askToReplace(const SheetTarget &target);
+    void askToReplacePreview(const SheetTarget &target);
     bool mayReplace(const QString &path);
     Result<void> checkSpace() const;
     Result<void> planRow();
@@ -108,6 +109,7 @@ private:
     void correctColours() const;
     Dico displayOfSheet() const;
     void makeDiskPicture(const QString &pictureFolder);
+    void makeSeekPreview(const Dico &display);
     void finishRow();
     void writeSummary() const;
     void startRun(const RunRequest &request);
@@ -134,6 +136,7 @@ private:
     SheetTarget m_target;
     ExtractionFolder m_folder;
     int m_planned = 0;
+    std::vector<double> m_instants;
     QString m_lastPassKey;
     QStringList m_lastPass;
     QElapsedTimer m_clock;

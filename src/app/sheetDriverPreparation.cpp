@@ -120,7 +120,8 @@ Result<void> SheetDriver::prepareFolder()
 Result<void> SheetDriver::askToReplace(const SheetTarget &target)
 {
     const QString sheet = target.sheetFile(m_outcome->format);
-    if (QFileInfo::exists(sheet) && !mayReplace(sheet)) {
+    const bool isSheetThere = QFileInfo::exists(sheet);
+    if (isSheetThere && !mayReplace(sheet)) {
         m_outcome->status = SheetOutcome::Status::kept;
         m_outcome->sheet = sheet;
         return Failure{localised(u"V_reason_kept"_s)};
@@ -128,7 +129,21 @@ Result<void> SheetDriver::askToReplace(const SheetTarget &target)
     m_outcome->isDiskPictureKept = isDiskPictureWanted() &&
                                    QFileInfo::exists(target.diskPicturePath) &&
                                    !mayReplace(target.diskPicturePath);
+    if (prefValue(Prefs::prefWebVtt) && !isSheetThere)
+        askToReplacePreview(target);
     return {};
+}
+
+void SheetDriver::askToReplacePreview(const SheetTarget &target)
+{
+    for (const QString &path : {target.vttFile(), target.spriteFile()}) {
+        if (!QFileInfo::exists(path))
+            continue;
+        // One answer for both: cues that belong to another sprite would show nonsense.
+        if (!mayReplace(path))
+            m_outcome->previewNote = filled(localised(u"V_reason_previewKept"_s), path);
+        return;
+    }
 }
 
 bool SheetDriver::mayReplace(const QString &path)
@@ -170,6 +185,7 @@ Result<void> SheetDriver::planRow()
     const SheetPlan plan =
         planSheet(m_layout, planningInput(workingRecord(), m_layout), m_folder.path);
     m_planned = plan.thumbnails.count;
+    m_instants = plan.thumbnails.instants;
     if (m_planned < 1)
         return Failure{localised(u"V_reason_noRow"_s)};
     if (!plan.ffmpegPasses.isEmpty())

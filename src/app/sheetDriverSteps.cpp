@@ -11,6 +11,7 @@
 #include "sheet/diskPicture.h"
 #include "sheet/extractionPasses.h"
 #include "sheet/pictureMatrix.h"
+#include "sheet/seekPreview.h"
 #include "sheet/sheetComposer.h"
 
 #include <QDateTime>
@@ -132,6 +133,7 @@ StepEnd SheetDriver::compose()
     m_outcome->sheet = m_target.sheetFile(m_outcome->format);
     m_outcome->status = SheetOutcome::Status::made;
     makeDiskPicture(m_folder.path);
+    makeSeekPreview(display);
     prefWriteChildDico(RunKeys::processEncDico, Keys::dstPathStr, m_outcome->sheet);
     return StepEnd::again;
 }
@@ -155,6 +157,26 @@ void SheetDriver::makeDiskPicture(const QString &pictureFolder)
     if (m_outcome->isDiskPictureKept ||
         multimediaDiskThumb(pictureFolder, m_target.diskPicturePath))
         m_outcome->diskPicture = m_target.diskPicturePath;
+}
+
+void SheetDriver::makeSeekPreview(const Dico &display)
+{
+    if (!prefValue(Prefs::prefWebVtt))
+        return;
+    const bool isKept = !m_outcome->previewNote.isNull();
+    const SeekPreview preview{
+        .pictures = read(display, Keys::th).value_or(QStringList()),
+        .instants = m_instants,
+        .duration = read(workingRecord(), Keys::w_duration).value_or(0),
+        .pictureSize = {read(display, Keys::wTh).value_or(0), read(display, Keys::hTh).value_or(0)},
+        .spritePath = m_target.spriteFile(),
+        .vttPath = m_target.vttFile()};
+    if (const auto written = isKept ? Result<void>() : writeSeekPreview(preview); !written) {
+        m_outcome->previewNote = written.reason();
+        return;
+    }
+    m_outcome->sprite = preview.spritePath;
+    m_outcome->vtt = preview.vttPath;
 }
 
 StepEnd SheetDriver::endQuickTimeEncoding()

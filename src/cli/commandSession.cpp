@@ -186,6 +186,8 @@ void CommandSession::sheetFinished(const SheetOutcome &outcome)
     if (outcome.status == Status::made && outcome.isDiskPictureKept)
         m_progress.print(u"vignar-cli: %1: %2"_s.arg(
             outcome.source, filled(localised(u"V_reason_diskPictureKept"_s), outcome.diskPicture)));
+    if (outcome.status == Status::made && !outcome.previewNote.isEmpty())
+        m_progress.print(u"vignar-cli: %1: %2"_s.arg(outcome.source, outcome.previewNote));
     if (outcome.status == Status::kept)
         m_progress.print(u"vignar-cli: %1: %2"_s.arg(outcome.source, outcome.reason));
     else if (outcome.status != Status::made)

@@ -40,16 +40,22 @@ QString statusName(SheetOutcome::Status status)
 
 QString sheetJson(const SheetOutcome &outcome)
 {
-    return line({{u"source"_s, outcome.source},
-                 {u"status"_s, statusName(outcome.status)},
-                 {u"reason"_s, orNull(outcome.reason)},
-                 {u"sheet"_s, orNull(outcome.sheet)},
-                 {u"diskPicture"_s, orNull(outcome.diskPicture)},
-                 {u"layout"_s, layoutName(outcome.layout)},
-                 {u"format"_s, sheetExtension(outcome.format)},
-                 {u"thumbnails"_s, outcome.thumbnails},
-                 {u"missing"_s, outcome.missing},
-                 {u"seconds"_s, outcome.seconds}});
+    QJsonObject object{{u"source"_s, outcome.source},
+                       {u"status"_s, statusName(outcome.status)},
+                       {u"reason"_s, orNull(outcome.reason)},
+                       {u"sheet"_s, orNull(outcome.sheet)},
+                       {u"diskPicture"_s, orNull(outcome.diskPicture)},
+                       {u"layout"_s, layoutName(outcome.layout)},
+                       {u"format"_s, sheetExtension(outcome.format)},
+                       {u"thumbnails"_s, outcome.thumbnails},
+                       {u"missing"_s, outcome.missing},
+                       {u"seconds"_s, outcome.seconds}};
+    // Only where they were asked for.
+    if (!outcome.sprite.isEmpty()) {
+        object.insert(u"sprite"_s, outcome.sprite);
+        object.insert(u"vtt"_s, outcome.vtt);
+    }
+    return line(object);
 }
 
 QString refusedSheetJson(const QString &source, const QString &reason)

@@ -49,6 +49,8 @@ inline constexpr Key<int> pageComment{"pageComment"};
 inline constexpr Key<QString> pageCommentText{"pageCommentText"};
 inline constexpr Key<int> prefMultimediaHd{"prefMultimediaHd"};
 inline constexpr Key<int> prefDerushNoMultimediaHd{"prefDerushNoMultimediaHd"};
+/// 1: a sprite picture and its WebVTT cues, for the time bars of web players.
+inline constexpr Key<int> prefWebVtt{"prefWebVtt"};
 inline constexpr Key<int> update{"update"};
 inline constexpr Key<int> rateDeclined{"rateDeclined"};
 inline constexpr Key<int> ratedVersion{"ratedVersion"};

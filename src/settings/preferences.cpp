@@ -202,6 +202,7 @@ Dico prefDefaults()
     writePageLines(defaults);
     write(defaults, Prefs::prefMultimediaHd, 1);
     write(defaults, Prefs::prefDerushNoMultimediaHd, 1);
+    write(defaults, Prefs::prefWebVtt, 0);
     write(defaults, Prefs::update, 1);
     writeRating(defaults);
     return defaults;
