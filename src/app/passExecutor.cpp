@@ -218,6 +218,8 @@ void PassExecutor::terminate()
     for (Running &each : std::exchange(m_running, {})) {
         each.launcher->setDelegate(nullptr);
         each.launcher->tasklauncherTerminate();
+        // Waits for the end: a process that still ran could write the file again.
+        each.launcher.reset();
         for (const QString &substitute : std::views::values(each.job.run.substitutes))
             QFile::remove(substitute);
     }
