@@ -66,6 +66,9 @@ void TestBatchRun::initTestCase()
     // One key frame at the start: no intra picture follows any later instant.
     QVERIFY(makeClip(clip(u"longGroup.mp4"_s), picture,
                      {u"-g"_s, u"1000"_s, u"-sc_threshold"_s, u"0"_s}));
+    // Takes a while to be decoded.
+    QVERIFY(makeClip(clip(u"long.mp4"_s), u"testsrc2=s=640x360:r=25:d=60"_s,
+                     {u"-preset"_s, u"ultrafast"_s, u"-g"_s, u"9999"_s}));
     QVERIFY(makeClip(clip(u"sound.mp4"_s), u"sine=d=2"_s));
     for (const QString &name : {u"text.mp4"_s, u"empty.mp4"_s}) {
         QFile file(clip(name));
@@ -118,7 +121,7 @@ void TestBatchRun::makesASheetOfEachSource()
         QCOMPARE(m_outlets->outcomes[index].thumbnails, 6);
         QCOMPARE(QImageReader(m_outlets->outcomes[index].sheet).size().width(), 1280);
     }
-    QCOMPARE(m_outlets->steps.first(), localisedCapitalised(u"th"_s) + u" 1/6"_s);
+    QVERIFY(m_outlets->steps.contains(localisedCapitalised(u"th"_s) + u" 6/6"_s));
     QCOMPARE(m_outlets->revealed, m_destination->path());
     QVERIFY(!prefRead(RunKeys::processEncDico).isValid());
     QVERIFY(!prefRead(RunKeys::encCurrentProcessingFile).isValid());
@@ -220,9 +223,9 @@ void TestBatchRun::vanishedSourceIsSkipped()
 void TestBatchRun::stopLeavesNothingBehind()
 {
     appDelegate application(*m_outlets);
-    analyse(application, {clip(u"a/clip.mp4"_s), clip(u"b/clip.mkv"_s)});
+    analyse(application, {clip(u"long.mp4"_s), clip(u"b/clip.mkv"_s)});
     QVERIFY(application.iba_batchGoBt());
-    QTRY_VERIFY_WITH_TIMEOUT(m_outlets->steps.size() >= 2, patience);
+    QTRY_VERIFY_WITH_TIMEOUT(m_outlets->steps.size() >= 1, patience);
     application.iba_taskStopBt(RunnerKind::main);
     QTRY_COMPARE_WITH_TIMEOUT(m_outlets->batchEnds, 1, patience);
     QVERIFY(filesUnder(m_destination->path()).isEmpty());
@@ -252,7 +255,7 @@ void TestBatchRun::unwritableDestinationFails()
 void TestBatchRun::pausedBatchWaits()
 {
     appDelegate application(*m_outlets);
-    analyse(application, {clip(u"a/clip.mp4"_s)});
+    analyse(application, {clip(u"long.mp4"_s)});
     QVERIFY(application.iba_batchGoBt());
     QTRY_VERIFY_WITH_TIMEOUT(m_outlets->steps.size() >= 1, patience);
     application.iba_taskPauseBt(true);
