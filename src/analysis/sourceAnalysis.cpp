@@ -1,6 +1,7 @@
 #include "analysis/sourceAnalysis.h"
 
 #include "analysis/durationRule.h"
+#include "analysis/durationSettling.h"
 #include "analysis/ffReport.h"
 #include "analysis/ffReportVerdicts.h"
 #include "analysis/fieldOrder.h"
@@ -12,7 +13,6 @@
 #include "classShared/lineLog.h"
 #include "classShared/numbers.h"
 #include "classShared/paths.h"
-#include "classShared/sizes.h"
 #include "settings/stringTables.h"
 #include "tasks/workFolder.h"
 
@@ -78,10 +78,6 @@ private:
     void merge();
     void judgeChosenCodec();
     void settleDuration();
-    void measureShortDuration();
-    void settleDvdDuration();
-    void settleTransportDuration();
-    std::function<int()> durationMeasurement() const;
     void correctFields();
     void judgeProtectedCodec();
     void warnOfLostSound() const;
@@ -271,70 +267,14 @@ void SourceAnalysis::judgeChosenCodec()
 
 void SourceAnalysis::settleDuration()
 {
-    measureShortDuration();
-    if (!contains(m_record, Keys::w_duration)) {
-        logLine(u"w_duration          :-( no duration found for '%@'", m_input.srcPath);
-        if (!m_isSkipFfmpeg || !m_isSkipQt)
-            noticeUnknownDuration(m_input.srcPath);
-        write(m_record, Keys::w_duration, 1);
-    }
-    if (isDvdExtension(m_extension))
-        settleDvdDuration();
-    else if (readStr(m_record, Keys::wrapper) == u"mpegts")
-        settleTransportDuration();
-}
-
-void SourceAnalysis::measureShortDuration()
-{
-    // Bare streams, and recordings whose end was never written, state no duration, or
-    // that of their last pictures alone.
-    const auto measure = durationMeasurement();
-    if (m_isSkipFfmpeg || !measure || read(m_record, Keys::w_duration).value_or(0) >= 1)
-        return;
-    if (const int measured = measure(); measured > 1)
-        write(m_record, Keys::w_duration, measured);
-}
-
-std::function<int()> SourceAnalysis::durationMeasurement() const
-{
-    if (!m_readers.durationM2v)
-        return {};
-    return [this] { return m_readers.durationM2v(m_input.srcPath); };
-}
-
-void SourceAnalysis::settleDvdDuration()
-{
-    DvdFile file;
-    file.kilobytes = poidsFile(m_input.srcPath, u"k"_s);
-    if (file.kilobytes < 0)
-        return;
-    if (const auto bitrate = read(m_record, Keys::w_bitrate))
-        file.bitrate = *bitrate;
-    file.hasMpeg2Demultiplexer =
+    DurationContext context;
+    context.srcPath = m_input.srcPath;
+    context.isUsable = !m_isSkipFfmpeg || !m_isSkipQt;
+    context.hasMpeg2Demultiplexer =
         m_readers.movieFramework && m_readers.movieFramework->hasMpeg2Demultiplexer();
-    file.measure = durationMeasurement();
-    const double stated = read(m_record, Keys::w_duration).value_or(1);
-    const CheckedDuration checked = checkedDvdDuration(stated, file);
-    if (checked.seconds != stated)
-        write(m_record, Keys::w_duration, checked.seconds);
-    if (checked.isTimecodeBroken)
-        noticeBrokenTimecode();
-}
-
-void SourceAnalysis::settleTransportDuration()
-{
-    TransportStream stream;
-    stream.bytes = QFileInfo(m_input.srcPath).size();
-    stream.size = {read(m_record, Keys::v_width, 0).value_or(0),
-                   read(m_record, Keys::v_height, 0).value_or(0)};
-    stream.fps = read(m_record, Keys::v_fps, 0).value_or(0);
-    stream.measure = durationMeasurement();
-    const double stated = read(m_record, Keys::w_duration).value_or(1);
-    if (const double checked = checkedTransportDuration(stated, stream); checked != stated) {
-        logLine(u"w_duration          :-/ time stamps jump, %@ s stated, %@ s measured", stated,
-                checked);
-        write(m_record, Keys::w_duration, checked);
-    }
+    if (m_readers.durationM2v && !m_isSkipFfmpeg)
+        context.measure = [this] { return m_readers.durationM2v(m_input.srcPath); };
+    vignar::settleDuration(m_record, context);
 }
 
 void SourceAnalysis::correctFields()

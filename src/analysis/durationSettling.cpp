@@ -1,0 +1,84 @@
+#include "analysis/durationSettling.h"
+
+#include "analysis/durationRule.h"
+#include "analysis/mediaClasses.h"
+#include "analysis/sourceNotices.h"
+#include "classShared/lineLog.h"
+#include "classShared/sizes.h"
+
+#include <QFileInfo>
+
+using namespace Qt::StringLiterals;
+
+namespace vignar
+{
+namespace
+{
+
+void measureShortDuration(Dico &record, const DurationContext &context)
+{
+    // Bare streams, and recordings whose end was never written, state no duration, or
+    // that of their last pictures alone.
+    if (!context.measure || read(record, Keys::w_duration).value_or(0) >= 1)
+        return;
+    if (const int measured = context.measure(); measured > 1)
+        write(record, Keys::w_duration, measured);
+}
+
+void fallBackToOneSecond(Dico &record, const DurationContext &context)
+{
+    logLine(u"w_duration          :-( no duration found for '%@'", context.srcPath);
+    if (context.isUsable)
+        noticeUnknownDuration(context.srcPath);
+    write(record, Keys::w_duration, 1);
+}
+
+void checkDvd(Dico &record, const DurationContext &context)
+{
+    DvdFile file;
+    file.kilobytes = poidsFile(context.srcPath, u"k"_s);
+    if (file.kilobytes < 0)
+        return;
+    if (const auto bitrate = read(record, Keys::w_bitrate))
+        file.bitrate = *bitrate;
+    file.hasMpeg2Demultiplexer = context.hasMpeg2Demultiplexer;
+    file.measure = context.measure;
+    const double stated = read(record, Keys::w_duration).value_or(1);
+    const CheckedDuration checked = checkedDvdDuration(stated, file);
+    if (checked.seconds != stated)
+        write(record, Keys::w_duration, checked.seconds);
+    if (checked.isTimecodeBroken)
+        noticeBrokenTimecode();
+}
+
+void checkTransport(Dico &record, const DurationContext &context)
+{
+    TransportStream stream;
+    stream.bytes = QFileInfo(context.srcPath).size();
+    stream.size = {read(record, Keys::v_width, 0).value_or(0),
+                   read(record, Keys::v_height, 0).value_or(0)};
+    stream.fps = read(record, Keys::v_fps, 0).value_or(0);
+    stream.measure = context.measure;
+    const double stated = read(record, Keys::w_duration).value_or(1);
+    const double checked = checkedTransportDuration(stated, stream);
+    if (checked == stated)
+        return;
+    logLine(u"w_duration          :-/ time stamps jump, %@ s stated, %@ s measured", stated,
+            checked);
+    write(record, Keys::w_duration, checked);
+}
+
+} // namespace
+
+void settleDuration(Dico &record, const DurationContext &context)
+{
+    measureShortDuration(record, context);
+    if (!contains(record, Keys::w_duration))
+        fallBackToOneSecond(record, context);
+    if (isDvdExtension(QFileInfo(context.srcPath).suffix().toLower()))
+        checkDvd(record, context);
+    else if (readStr(record, Keys::wrapper) == u"mpegts")
+        checkTransport(record, context);
+}
+
+} // namespace vignar

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "classShared/sourceDico.h"
+
+#include <functional>
+
+namespace vignar
+{
+
+/// What speaks for the duration of a source beside its merged record.
+struct DurationContext {
+    QString srcPath;
+    /// One of the decoders can read the source.
+    bool isUsable = true;
+    bool hasMpeg2Demultiplexer = false;
+    /// Reads the stream through and answers its seconds, 1 or below on failure; empty where
+    /// that is not possible.
+    std::function<int()> measure;
+};
+
+/// Gives the record a duration where the readers state none or one that cannot be, and
+/// tells the user where it remains a guess.
+void settleDuration(Dico &record, const DurationContext &context);
+
+} // namespace vignar
