@@ -5,8 +5,8 @@
 #include "app/sheetDestination.h"
 #include "app/stepTable.h"
 #include "classShared/result.h"
+#include "sheet/blankPictures.h"
 #include "sheet/extractionFolder.h"
-#include "sheet/thumbnailPlan.h"
 
 #include <QElapsedTimer>
 #include <QObject>
@@ -106,8 +106,10 @@ private:
     Result<void> checkSpace() const;
     Result<void> planRow();
     StepEnd failRow(const QString &reason, SheetOutcome::Status status);
+    bool takeBlanksAgain();
     void correctColours() const;
     Dico displayOfSheet() const;
+    Dico timecodesOfPictures(const Dico &display) const;
     void makeDiskPicture(const QString &pictureFolder);
     void makeSeekPreview(const Dico &display);
     void finishRow();
@@ -137,6 +139,7 @@ private:
     ExtractionFolder m_folder;
     int m_planned = 0;
     std::vector<double> m_instants;
+    BlankRetakes m_retakes;
     QString m_lastPassKey;
     QStringList m_lastPass;
     QElapsedTimer m_clock;

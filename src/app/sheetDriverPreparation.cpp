@@ -186,6 +186,8 @@ Result<void> SheetDriver::planRow()
         planSheet(m_layout, planningInput(workingRecord(), m_layout), m_folder.path);
     m_planned = plan.thumbnails.count;
     m_instants = plan.thumbnails.instants;
+    m_retakes = {plan.thumbnails, m_folder.path,
+                 read(workingRecord(), Keys::w_duration).value_or(0)};
     if (m_planned < 1)
         return Failure{localised(u"V_reason_noRow"_s)};
     if (!plan.ffmpegPasses.isEmpty())

@@ -77,6 +77,9 @@ StepEnd SheetDriver::runAllPasses()
 
 void SheetDriver::showLanded(int pictures)
 {
+    // All have been there already.
+    if (m_retakes.isUnderWay())
+        return;
     m_outlets.setProgressValue(ProgressBar::steps, pictures);
     m_outlets.setStepsText(
         filled(u"%@ %ld/%ld", localisedCapitalised(u"th"_s), pictures, m_planned));
@@ -87,8 +90,7 @@ void SheetDriver::settleLastPass()
     if (m_lastPass.isEmpty())
         return;
     const QStringList pass = std::exchange(m_lastPass, {});
-    if (m_taskStopInt == 1 ||
-        QFileInfo(thumbnailPath(m_folder.path, m_lastPassKey.toInt())).size() > 0)
+    if (m_taskStopInt == 1 || QFileInfo(pass.constLast()).size() > 0)
         return;
     logLine(u"th not extracted    :-( #%@ %@", m_lastPassKey,
             m_reporter.lastWords(RunnerKind::main).right(500));
@@ -108,6 +110,17 @@ void SheetDriver::startRun(const RunRequest &request)
         again(u"encProcesses"_s);
 }
 
+bool SheetDriver::takeBlanksAgain()
+{
+    const SourceDico source = workingRecord();
+    if (!prefValue(Prefs::prefAvoidBlank) || usesMovieGrabber(source))
+        return false;
+    const Dico passes = m_retakes.nextRound(source);
+    if (!passes.isEmpty())
+        prefWriteChildDico(RunKeys::processEncDico, Keys::appvgThFf, passes);
+    return !passes.isEmpty();
+}
+
 void SheetDriver::correctColours() const
 {
     const auto matrix = foreignMatrix(workingRecord());
@@ -119,6 +132,8 @@ void SheetDriver::correctColours() const
 
 StepEnd SheetDriver::compose()
 {
+    if (takeBlanksAgain())
+        return StepEnd::again;
     correctColours();
     const Dico display = displayOfSheet();
     prefDeleteChildDico0(RunKeys::processEncDico, Keys::appvgDisplay);
@@ -145,9 +160,19 @@ Dico SheetDriver::displayOfSheet() const
     write(display, Keys::srcPathStr, m_outcome->source);
     write(display, Keys::dstPathStr, m_target.dstPath);
     write(display, Keys::th, extractedPictures(m_folder.path));
+    if (contains(display, Keys::timecode))
+        write(display, Keys::timecode, timecodesOfPictures(display));
     if (m_dpi > 0)
         write(display, Keys::pageWidth, m_dpi);
     return display;
+}
+
+Dico SheetDriver::timecodesOfPictures(const Dico &display) const
+{
+    Dico timecodes = read(display, Keys::timecode).value_or(Dico());
+    for (const auto &[index, instant] : m_retakes.replaced())
+        timecodes.insert(QString::number(index), timecodeText(instant));
+    return timecodes;
 }
 
 void SheetDriver::makeDiskPicture(const QString &pictureFolder)

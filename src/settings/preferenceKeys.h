@@ -37,6 +37,8 @@ inline constexpr Key<int> prefLimitAuto{"prefLimitAuto"};
 inline constexpr Key<int> prefDerush{"prefDerush"};
 inline constexpr Key<int> prefDerushInterval{"prefDerushInterval"};
 inline constexpr Key<int> prefTimecode{"prefTimecode"};
+/// 1: a thumbnail of one flat colour is taken again a little later.
+inline constexpr Key<int> prefAvoidBlank{"prefAvoidBlank"};
 inline constexpr Key<int> pageName{"pageName"};
 inline constexpr Key<int> pageLocation{"pageLocation"};
 inline constexpr Key<int> pageDate{"pageDate"};

@@ -1,6 +1,5 @@
 #include "sheet/chosenInstants.h"
 
-#include "classShared/durations.h"
 #include "classShared/format.h"
 #include "sheet/thumbnailPlan.h"
 
@@ -53,7 +52,7 @@ void useChosenInstants(ThumbnailPlan &plan, int layout, const SourceDico &source
     for (auto entry = chosen.cbegin(); entry != chosen.cend(); ++entry) {
         plan.instants[static_cast<size_t>(entry.key())] = entry.value();
         plan.timecodes[entry.key()] =
-            duree2TimecodeStr(static_cast<float>(entry.value()), 2, false);
+            timecodeText(entry.value());
         plan.chosen.insert(entry.key());
     }
 }

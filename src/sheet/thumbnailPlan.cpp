@@ -119,7 +119,7 @@ void planInstants(ThumbnailPlan &plan, int seconds, const SourceDico &source)
         const double first = interval > 40 ? 10.0 : plan.interval * 0.25;
         const double instant = std::min(last, index == 0 ? first : index * plan.interval);
         plan.instants.push_back(instant);
-        plan.timecodes += duree2TimecodeStr(static_cast<float>(instant), 2, false);
+        plan.timecodes += timecodeText(instant);
     }
 }
 
@@ -184,6 +184,11 @@ Dico ffmpegPasses(const ThumbnailPlan &plan, const SourceDico &source, const QSt
 LayoutGrid layoutGrid(int layout)
 {
     return layoutGrids[layoutIndex(layout)];
+}
+
+QString timecodeText(double instant)
+{
+    return duree2TimecodeStr(static_cast<float>(instant), 2, false);
 }
 
 ThumbnailPlan planThumbnails(int layout, const SourceDico &source)

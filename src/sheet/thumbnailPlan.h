@@ -36,6 +36,9 @@ struct ThumbnailPlan {
     QSize size;
 };
 
+/// The text under a picture, "0:01:20.50"; null where none can be written.
+QString timecodeText(double instant);
+
 /// Plans from the record and the planning keys (thNumberInt, thNumberAuto, thDerush,
 /// thDerushInterval) in it.
 ThumbnailPlan planThumbnails(int layout, const SourceDico &source);

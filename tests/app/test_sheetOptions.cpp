@@ -1,7 +1,15 @@
+#include "app/appDelegate.h"
 #include "app/sheetDisplay.h"
 #include "settings/preferenceStore.h"
 #include "settings/preferences.h"
+#include "support/folderListing.h"
+#include "support/recordingOutlets.h"
+#include "tasks/toolPlaces.h"
+#include "tasks/workFolder.h"
 
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
 #include <QTest>
 
 using namespace vignar;
@@ -12,8 +20,48 @@ class TestSheetOptions : public QObject
 {
     Q_OBJECT
 
+    QTemporaryDir m_clips;
+    std::unique_ptr<QTemporaryDir> m_destination;
+
+    QString makeClip(const QString &name, const QString &pictures, const QStringList &options) const
+    {
+        const QString path = m_clips.filePath(name);
+        const QStringList input{u"-loglevel"_s, u"error"_s, u"-f"_s, u"lavfi"_s, u"-i"_s, pictures};
+        return QProcess::execute(ffmpegPath(), input + options + QStringList(path)) == 0
+                   ? path
+                   : QString();
+    }
+
+    /// The times on the sheet of a source, in their order.
+    QStringList shownTimes(const QString &source)
+    {
+        m_destination = std::make_unique<QTemporaryDir>();
+        RecordingOutlets outlets;
+        outlets.destination = m_destination->path();
+        outlets.format = 0;
+        appDelegate application(outlets);
+        application.draggedFiles({source});
+        const auto analysed = [&outlets] { return outlets.analysisEnds == 1; };
+        if (!QTest::qWaitFor(analysed, patience) || !application.iba_batchGoBt() ||
+            !QTest::qWaitFor([&outlets] { return outlets.batchEnds == 1; }, patience))
+            return {};
+        QProcess reader;
+        reader.start(u"pdftotext"_s, {u"-layout"_s, outlets.outcomes.value(0).sheet, u"-"_s});
+        reader.waitForFinished();
+        QStringList times;
+        static const QRegularExpression time(u"\\d:\\d\\d:\\d\\d\\.\\d\\d"_s);
+        for (auto found = time.globalMatch(QString::fromUtf8(reader.readAll())); found.hasNext();)
+            times += found.next().captured();
+        return times;
+    }
+
 private Q_SLOTS:
-    void init() { setSharedPreferenceStore(std::make_unique<MemoryPreferenceStore>()); }
+    void initTestCase() { QVERIFY(setUpWorkFolder(u"test"_s)); }
+    void init()
+    {
+        setSharedPreferenceStore(std::make_unique<MemoryPreferenceStore>());
+        prefWrite(Prefs::prefMultimediaHd, 0);
+    }
 
     void commentIsTypedOrTheSources()
     {
@@ -26,7 +74,36 @@ private Q_SLOTS:
         prefWrite(Prefs::pageCommentText, u" two\nlines "_s);
         QCOMPARE(shown(), u"two lines"_s);
     }
+
+    void blankThumbnailsAreTakenAgain_data() { addWaysToRun(); }
+    void blankThumbnailsAreTakenAgain()
+    {
+        QFETCH(int, isPlain);
+        prefWrite(Prefs::prefPlainPasses, isPlain);
+        // White from 20 to 30 seconds, which no further instant of the fourth leaves.
+        const QString clip = makeClip(
+            u"white.mkv"_s,
+            u"testsrc2=s=320x180:r=10:d=40,drawbox=color=white:t=fill:enable=between(t\\,20\\,29.9)"_s,
+            {u"-g"_s, u"10"_s, u"-y"_s});
+        QStringList times{u"0:00:01.66"_s, u"0:00:06.66"_s, u"0:00:13.33"_s,
+                          u"0:00:20.00"_s, u"0:00:26.66"_s, u"0:00:33.33"_s};
+        QCOMPARE(shownTimes(clip), times);
+        prefWrite(Prefs::prefAvoidBlank, 1);
+        times[4] = u"0:00:30.00"_s;
+        QCOMPARE(shownTimes(clip), times);
+        QCOMPARE(filesUnder(m_destination->path()), QStringList{u"white-index.pdf"_s});
+    }
+
+private:
+    static constexpr int patience = 60000;
+
+    static void addWaysToRun()
+    {
+        QTest::addColumn<int>("isPlain");
+        QTest::newRow("quick passes") << 0;
+        QTest::newRow("plain passes") << 1;
+    }
 };
 
-QTEST_GUILESS_MAIN(TestSheetOptions)
+QTEST_MAIN(TestSheetOptions)
 #include "test_sheetOptions.moc"
