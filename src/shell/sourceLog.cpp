@@ -82,6 +82,7 @@ void showSourceLog(const QString &source, const QStringList &others, QWidget *pa
     window->setWindowTitle(filled(localised(u"V_log_title"_s), QFileInfo(source).fileName()));
     auto *text = new QPlainTextEdit;
     text->setReadOnly(true);
+    text->setLineWrapMode(QPlainTextEdit::NoWrap);
     text->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     text->setPlainText(lines.isEmpty() ? localised(u"V_log_none"_s) : lines.join(u'\n'));
     text->setAccessibleName(window->windowTitle());

@@ -2,11 +2,13 @@
 //   tests/shell/screenshots.sh BUILD_FOLDER OUTPUT_FOLDER
 // Each argument list is FOLDER LANGUAGE light|dark [rtl].
 #include "settings/alerts.h"
+#include "settings/logFiles.h"
 #include "settings/preferenceStore.h"
 #include "settings/preferences.h"
 #include "settings/stringTables.h"
 #include "shell/alertBoxes.h"
 #include "shell/batchDrawer.h"
+#include "shell/choiceRow.h"
 #include "shell/desktopSession.h"
 #include "shell/dropArea.h"
 #include "shell/helpCommands.h"
@@ -18,6 +20,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QDialog>
 #include <QMenu>
 #include <QTemporaryDir>
 #include <QTest>
@@ -106,6 +109,7 @@ void analyse(DesktopSession &session, int rows)
 
 int main(int argc, char **argv)
 {
+    startLogs(StandardStreams::keep);
     QApplication application(argc, argv);
     setlocale(LC_NUMERIC, "C");
     const QStringList arguments = QApplication::arguments();
@@ -159,6 +163,28 @@ int main(int argc, char **argv)
             QApplication::activeModalWidget()->close();
         });
         session.window().menu().removeAll->trigger();
+        window.layoutChooser().choose(bigLayout);
+        Q_EMIT window.layoutChooser().chosenByUser(bigLayout);
+        photographer.take(window, u"10-other-choice"_s);
+        // The question holds up whoever waits for it; a timer looks at it from inside.
+        QTimer watch;
+        watch.callOnTimeout([&] {
+            QWidget *question = QApplication::activeModalWidget();
+            if (!question)
+                return;
+            watch.stop();
+            photographer.take(*question, u"11-replace"_s);
+            session.stop();
+            question->close();
+        });
+        watch.start(50);
+        session.go();
+        waitFor([&] { return !session.isRunning(); });
+        window.menu().showLog->trigger();
+        for (QWidget *top : QApplication::topLevelWidgets()) {
+            if (qobject_cast<QDialog *>(top))
+                photographer.take(*top, u"12-log"_s);
+        }
         QMenu menu;
         for (QAction *action : window.menu().rowActions())
             if (action)
