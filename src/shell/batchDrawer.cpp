@@ -7,6 +7,7 @@
 #include "shell/icons.h"
 #include "shell/rowDelegate.h"
 
+#include <QContextMenuEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QListView>
@@ -25,10 +26,16 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-/// Says so where there is nothing to list.
+/// Says so where there is nothing to list; the menu key opens the menu at the current row.
 class RowView : public QListView
 {
 protected:
+    void contextMenuEvent(QContextMenuEvent *event) override
+    {
+        const bool isByMouse = event->reason() == QContextMenuEvent::Mouse;
+        Q_EMIT customContextMenuRequested(isByMouse ? event->pos()
+                                                    : visualRect(currentIndex()).center());
+    }
     void paintEvent(QPaintEvent *event) override
     {
         QListView::paintEvent(event);
@@ -60,7 +67,6 @@ BatchDrawer::BatchDrawer(BatchModel &model, QWidget *parent)
     m_view->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_view->setUniformItemSizes(true);
     m_view->setMouseTracking(true);
-    m_view->setContextMenuPolicy(Qt::CustomContextMenu);
     m_view->setAccessibleName(localised(u"V_list_title"_s));
     setMinimumWidth(304);
 
