@@ -179,7 +179,7 @@ void PlayerControls::setPlayable(bool isPlayable)
 
 void PlayerControls::updateTime()
 {
-    m_time->setText(u"%1 / %2"_s.arg(timecodeText(m_position), timecodeText(m_info.duration)));
+    m_time->setText(u"%1 / %2"_s.arg(clockText(m_position), clockText(m_info.duration)));
 }
 
 void PlayerControls::updatePlace()
@@ -192,7 +192,7 @@ void PlayerControls::updatePlace()
     const bool isChosen = m_pictures.chosen.contains(index);
     m_place->setText(filled(localised(isChosen ? u"V_player_chosen"_s : u"V_player_planned"_s),
                             index + 1, static_cast<int>(m_pictures.instants.size()),
-                            timecodeText(m_pictures.instant(index))));
+                            clockText(m_pictures.instant(index))));
     m_reset->setEnabled(m_isPlayable && isChosen);
 }
 

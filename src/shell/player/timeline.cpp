@@ -40,7 +40,7 @@ int milliseconds(double seconds)
 
 } // namespace
 
-QString timecodeText(double seconds)
+QString clockText(double seconds)
 {
     const auto hundredths = static_cast<qint64>(std::max(0.0, seconds) * 100 + 1e-6);
     const auto twoDigits = [](qint64 number) {
@@ -79,7 +79,7 @@ void Timeline::setPosition(double seconds)
 {
     m_position = seconds;
     setValue(milliseconds(seconds));
-    setAccessibleDescription(timecodeText(seconds));
+    setAccessibleDescription(clockText(seconds));
     updateNearest();
     update();
 }
@@ -129,11 +129,11 @@ QString Timeline::tipAt(const QPointF &point) const
 {
     const int picture = pictureAt(point);
     if (picture < 0)
-        return timecodeText(secondsAt(point.x()));
+        return clockText(secondsAt(point.x()));
     const QString format = localised(m_pictures.chosen.contains(picture) ? u"V_player_chosen"_s
                                                                          : u"V_player_planned"_s);
     return filled(format, picture + 1, static_cast<int>(m_pictures.instants.size()),
-                  timecodeText(m_pictures.instant(picture)));
+                  clockText(m_pictures.instant(picture)));
 }
 
 bool Timeline::event(QEvent *event)

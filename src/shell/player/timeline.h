@@ -21,7 +21,7 @@ struct PlannedPictures {
 };
 
 /// "1:02:05.40", cut to hundredths.
-QString timecodeText(double seconds);
+QString clockText(double seconds);
 
 /// The time axis of a source, from left to right in every language as on any player, with a
 /// mark at each picture of its sheet: a tick where it is planned, a diamond where the user
