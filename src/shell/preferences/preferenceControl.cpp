@@ -33,9 +33,10 @@ PreferenceControl makeCheckBox(const PreferenceRow &row, const Edited &edited)
             [box](const QVariant &value) { box->setChecked(value.toInt() != 0); }};
 }
 
-PreferenceControl makeTextField(const PreferenceRow &, const Edited &edited)
+PreferenceControl makeTextField(const PreferenceRow &row, const Edited &edited)
 {
     auto *field = new QLineEdit;
+    field->setPlaceholderText(row.placeholder());
     QObject::connect(field, &QLineEdit::textEdited, field, edited);
     // An emptied field is a text, and none at all could not be stored.
     return {field, field, [field] { return field->text().isNull() ? u""_s : field->text(); },
@@ -119,6 +120,19 @@ PreferenceControl makeLimit(const PreferenceRow &row, const Edited &edited)
             [box](const QVariant &value) { showLimit(*box, value.toInt()); }};
 }
 
+PreferenceControl makeChoice(const PreferenceRow &row, const Edited &edited)
+{
+    auto *box = new QComboBox;
+    for (const PreferenceRow::Option &option : row.options)
+        box->addItem(QLatin1String(option.name), QString(QLatin1String(option.value)));
+    QObject::connect(box, &QComboBox::activated, box, edited);
+    return {box, box, [box] { return box->currentData(); },
+            [box](const QVariant &value) {
+                // What is unknown counts as the first.
+                box->setCurrentIndex(std::max(0, box->findData(value.toString())));
+            }};
+}
+
 /// Segments are values from 0 on.
 PreferenceControl makeChooser(ChoiceRow *chooser, int segmentCount, const Edited &edited)
 {
@@ -157,6 +171,8 @@ PreferenceControl made(const PreferenceRow &row, const Edited &edited)
         return makeNumberField<QSpinBox, int>(row, edited);
     case ControlKind::limit:
         return makeLimit(row, edited);
+    case ControlKind::choice:
+        return makeChoice(row, edited);
     case ControlKind::layoutChoice:
         return makeChooser(makeLayoutChooser(nullptr), 4, edited);
     case ControlKind::formatChoice:

@@ -63,6 +63,11 @@ void PreferencePage::add(const PreferenceRow &row, const PreferenceControl &cont
     m_parts.insert(row.key, {label, control.widget});
 }
 
+void PreferencePage::addNote(QWidget *note)
+{
+    m_form->addRow(nullptr, note);
+}
+
 void PreferencePage::addPaired(QWidget *label, QWidget *box, bool beginsGroup)
 {
     if (beginsGroup || !m_pairs) {

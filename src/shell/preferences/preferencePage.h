@@ -21,6 +21,9 @@ public:
 
     void add(const PreferenceRow &row, const PreferenceControl &control);
 
+    /// Below the last row, in the column of the controls.
+    void addNote(QWidget *note);
+
     /// A control with its label.
     void setRowEnabled(const QString &key, bool isEnabled);
     void setRowVisible(const QString &key, bool isVisible);

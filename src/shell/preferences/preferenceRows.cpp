@@ -35,6 +35,8 @@ constexpr PreferenceRow::Range frameWidths{0, 40, 0.5};
 /// A second to a day.
 constexpr PreferenceRow::Range intervals{1, 86400, 1};
 
+constexpr PreferenceRow::Option pictureFormats[] = {{"", "JPEG"}, {"png", "PNG"}, {"webp", "WebP"}};
+
 constexpr PreferenceRow rows[] = {
     {.key = Prefs::prefDefautDstPathStr.text,
      .pane = Pane::general,
@@ -77,6 +79,11 @@ constexpr PreferenceRow rows[] = {
      .isPaired = true},
     {.key = Prefs::pagePoids.text, .pane = Pane::sheet, .kind = Kind::checkBox, .isPaired = true},
     {.key = Prefs::pageEssence.text, .pane = Pane::sheet, .kind = Kind::checkBox, .isPaired = true},
+    {.key = Prefs::pageComment.text, .pane = Pane::sheet, .kind = Kind::checkBox, .isPaired = true},
+    {.key = Prefs::pageCommentText.text,
+     .pane = Pane::sheet,
+     .kind = Kind::text,
+     .enabledWhen = {isOn(Prefs::pageComment)}},
 
     {.key = Prefs::prefLimitAuto.text,
      .pane = Pane::thumbnails,
@@ -109,6 +116,10 @@ constexpr PreferenceRow rows[] = {
      .kind = Kind::integer,
      .range = intervals,
      .enabledWhen = {isOn(Prefs::prefDerush)}},
+    {.key = Prefs::prefAvoidBlank.text,
+     .pane = Pane::thumbnails,
+     .kind = Kind::checkBox,
+     .beginsGroup = true},
     {.key = Prefs::prefTimecode.text,
      .pane = Pane::thumbnails,
      .kind = Kind::checkBox,
@@ -118,6 +129,11 @@ constexpr PreferenceRow rows[] = {
      .pane = Pane::output,
      .kind = Kind::formatChoice,
      .action = Action::prefDpi},
+    {.key = Prefs::prefSheetFormat.text,
+     .pane = Pane::output,
+     .kind = Kind::choice,
+     .options = pictureFormats,
+     .enabledWhen = {isOn(Prefs::prefDpi)}},
     {.key = Prefs::prefComputerWidthAuto.text,
      .pane = Pane::output,
      .kind = Kind::checkBox,
@@ -131,6 +147,7 @@ constexpr PreferenceRow rows[] = {
      .enabledWhen = {isOn(Prefs::prefDpi), isOff(Prefs::prefComputerWidthAuto)},
      .action = Action::prefComputerWidth},
     {.key = Prefs::prefSuffix.text, .pane = Pane::output, .kind = Kind::text, .beginsGroup = true},
+    {.key = Prefs::prefNameTemplate.text, .pane = Pane::output, .kind = Kind::text},
     {.key = Prefs::prefMultimediaHd.text,
      .pane = Pane::output,
      .kind = Kind::checkBox,
@@ -140,11 +157,15 @@ constexpr PreferenceRow rows[] = {
      .pane = Pane::output,
      .kind = Kind::checkBox,
      .enabledWhen = {isOn(Prefs::prefMultimediaHd), isOn(Prefs::prefDerush)}},
+    {.key = Prefs::prefWebVtt.text,
+     .pane = Pane::output,
+     .kind = Kind::checkBox,
+     .beginsGroup = true},
 };
 
 QString textOf(QLatin1String key, const char *what)
 {
-    return u"V_"_s + key + QLatin1String(what);
+    return QLatin1String("V_") + key + QLatin1String(what);
 }
 
 /// Null where the tables have no such text.
@@ -173,6 +194,11 @@ QString PreferenceRow::groupLabel() const
 QString PreferenceRow::unit() const
 {
     return optionalText(textOf(key, "_unit"));
+}
+
+QString PreferenceRow::placeholder() const
+{
+    return optionalText(textOf(key, "_placeholder"));
 }
 
 std::span<const PreferenceRow> preferenceRows()

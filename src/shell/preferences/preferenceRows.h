@@ -24,6 +24,8 @@ enum class ControlKind {
     integer,
     /// A pop-up of thumbnail counts that fill whole rows of the layout.
     limit,
+    /// A pop-up of texts to be stored.
+    choice,
     layoutChoice,
     formatChoice,
     presetChoice
@@ -33,7 +35,8 @@ enum class ControlKind {
 ///
 /// Its texts are named after its key: "V_<key>" the label, or what stands behind a check
 /// box, "V_<key>_tip" the tool tip, "V_<key>_group" the label before the check boxes that
-/// it begins and "V_<key>_unit" what stands behind a number, where there is one.
+/// it begins, "V_<key>_unit" what stands behind a number and "V_<key>_placeholder" what an
+/// empty field means, where there is one.
 struct PreferenceRow {
     /// Another preference that must have a value for this one to count.
     struct Condition {
@@ -46,6 +49,12 @@ struct PreferenceRow {
         double step = 1;
     };
 
+    /// A text to be stored, and the proper name that stands for it.
+    struct Option {
+        const char *value;
+        const char *name;
+    };
+
     QLatin1String key;
     PreferencePane pane;
     ControlKind kind;
@@ -54,6 +63,7 @@ struct PreferenceRow {
     /// Check boxes that stand two to a line with those like them.
     bool isPaired = false;
     Range range{};
+    std::span<const Option> options{};
     Condition enabledWhen[2]{};
     /// The panel's own action that follows a change.
     std::optional<PreferencePanel::Action> action{};
@@ -63,6 +73,7 @@ struct PreferenceRow {
     /// Null where there is none.
     QString groupLabel() const;
     QString unit() const;
+    QString placeholder() const;
 };
 
 /// Every preference that a control shows, in the order in which they stand: a new one

@@ -6,6 +6,7 @@
 #include "shell/colours.h"
 #include "shell/noticeBar.h"
 #include "shell/preferences/colourPresets.h"
+#include "shell/preferences/nameExample.h"
 #include "shell/preferences/preferencePage.h"
 #include "shell/preferences/sheetPreview.h"
 #include "shell/preferences/storedPreferences.h"
@@ -15,7 +16,6 @@
 #include <QLabel>
 #include <QMenu>
 #include <QPushButton>
-#include <QScopedValueRollback>
 #include <QTabWidget>
 
 #include <algorithm>
@@ -45,7 +45,8 @@ PreferencesDialog::PreferencesDialog(QWidget *parent)
       m_tabs(new QTabWidget),
       m_notices(new NoticeBar),
       m_preview(new SheetPreview),
-      m_description(new QLabel)
+      m_description(new QLabel),
+      m_nameExample(new NameExample)
 {
     setWindowTitle(localised(u"V_prefs"_s));
     setModal(false);
@@ -69,6 +70,7 @@ PreferencesDialog::PreferencesDialog(QWidget *parent)
 
     connect(this, &PreferencesDialog::preferenceChanged, this, &PreferencesDialog::updateRestore);
     connect(this, &PreferencesDialog::preferenceChanged, m_preview, &SheetPreview::refresh);
+    connect(this, &PreferencesDialog::preferenceChanged, m_nameExample, &NameExample::refresh);
     connect(m_tabs, &QTabWidget::currentChanged, this, &PreferencesDialog::updateRestore);
     reload();
     m_tabs->setFocus();
@@ -80,6 +82,8 @@ void PreferencesDialog::makeRows()
         const PreferenceControl control = makePreferenceControl(row, [this, &row] { edited(row); });
         m_controls.insert(row.key, control);
         pageOf(row).add(row, control);
+        if (row.key == Prefs::prefNameTemplate.text)
+            pageOf(row).addNote(m_nameExample);
     }
     pageOf(*std::ranges::find(preferenceRows(), Prefs::update.text, &PreferenceRow::key))
         .setRowVisible(Prefs::update, false);
@@ -179,7 +183,7 @@ void PreferencesDialog::perform(Action action)
 {
     switch (action) {
     case Action::setColor:
-        takePreset();
+        showPreset();
         return;
     case Action::prepareDestination:
         Q_EMIT destinationPrepared(control(Prefs::prefDefautDstPathStr).toString());
@@ -211,28 +215,35 @@ void PreferencesDialog::store(const QString &key)
     prefWrite(key, isLimit ? QVariant(limit) : value);
 }
 
+void PreferencesDialog::storeAndTell(const QString &key)
+{
+    store(key);
+    Q_EMIT preferenceChanged(key);
+}
+
 void PreferencesDialog::edited(const PreferenceRow &row)
 {
+    const bool isPreset = row.kind == ControlKind::presetChoice;
+    if (isPreset)
+        keepOwnColours();
     store(row.key);
     if (row.action)
         perform(*row.action);
-    if (row.kind == ControlKind::colour)
-        followColours();
     updateDependents();
     Q_EMIT preferenceChanged(row.key);
+    if (isPreset) {
+        storeAndTell(Prefs::pageBkgColor);
+        storeAndTell(Prefs::prefBorderColor);
+    }
+    if (row.kind == ControlKind::colour && followColours())
+        storeAndTell(Prefs::prefColor);
 }
 
-/// The segment's colours; back on the own ones, those of before.
-void PreferencesDialog::takePreset()
+/// The colours of the segment that shows; of the own ones, those that the user had last.
+void PreferencesDialog::showPreset()
 {
     const int segment = control(Prefs::prefColor).toInt();
-    const QString page = control(Prefs::pageBkgColor).toString();
-    const QString border = control(Prefs::prefBorderColor).toString();
     if (segment < ownColours()) {
-        if (!m_isFilling && segmentOfColours(page, border) == ownColours()) {
-            m_ownPage = page;
-            m_ownBorder = border;
-        }
         const ColourPreset &preset = colourPresets()[size_t(segment)];
         setControl(Prefs::pageBkgColor, QString(preset.page));
         setControl(Prefs::prefBorderColor, QString(preset.border));
@@ -240,36 +251,36 @@ void PreferencesDialog::takePreset()
         setControl(Prefs::pageBkgColor, m_ownPage);
         setControl(Prefs::prefBorderColor, m_ownBorder);
     }
-    // While the window is filled, the stored colours follow.
-    if (m_isFilling)
-        return;
-    for (const QString &key : {QString(Prefs::pageBkgColor), QString(Prefs::prefBorderColor)}) {
-        store(key);
-        Q_EMIT preferenceChanged(key);
-    }
 }
 
-/// The segment tells what the colours are, whoever has chosen them.
-void PreferencesDialog::followColours()
+void PreferencesDialog::keepOwnColours()
+{
+    const QString page = control(Prefs::pageBkgColor).toString();
+    const QString border = control(Prefs::prefBorderColor).toString();
+    if (segmentOfColours(page, border) != ownColours())
+        return;
+    m_ownPage = page;
+    m_ownBorder = border;
+}
+
+/// The segment tells what the colours are, whoever has chosen them; true when it had not.
+bool PreferencesDialog::followColours()
 {
     const int segment = segmentOfColours(control(Prefs::pageBkgColor).toString(),
                                          control(Prefs::prefBorderColor).toString());
-    if (control(Prefs::prefColor).toInt() == segment)
-        return;
-    setControl(Prefs::prefColor, segment);
-    if (m_isFilling)
-        return;
-    store(Prefs::prefColor);
-    Q_EMIT preferenceChanged(Prefs::prefColor);
+    const bool isOther = control(Prefs::prefColor).toInt() != segment;
+    if (isOther)
+        setControl(Prefs::prefColor, segment);
+    return isOther;
 }
 
 void PreferencesDialog::reload()
 {
-    const QScopedValueRollback filling(m_isFilling, true);
     fill();
     followColours();
     updateDependents();
     updateRestore();
+    m_nameExample->refresh();
     m_preview->refresh();
 }
 

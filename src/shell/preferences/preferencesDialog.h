@@ -13,6 +13,7 @@ class QTabWidget;
 namespace vignar
 {
 
+class NameExample;
 class NoticeBar;
 class PreferencePage;
 class SheetPreview;
@@ -60,8 +61,10 @@ private:
 
     void edited(const PreferenceRow &row);
     void store(const QString &key);
-    void takePreset();
-    void followColours();
+    void storeAndTell(const QString &key);
+    void showPreset();
+    bool followColours();
+    void keepOwnColours();
     void updateDependents();
     void restorePane();
     void restoreAll();
@@ -72,10 +75,10 @@ private:
     NoticeBar *m_notices;
     SheetPreview *m_preview;
     QLabel *m_description;
+    NameExample *m_nameExample;
     QPushButton *m_restore;
     QAction *m_restorePane;
     QHash<QString, PreferenceControl> m_controls;
-    bool m_isFilling = false;
     /// The colours that the user had mixed before a preset took their place.
     QString m_ownPage;
     QString m_ownBorder;

@@ -55,7 +55,9 @@ void drawOwn(QPainter &painter, const QRectF &place, const QColor &edge)
 ChoiceRow *makePresetChooser()
 {
     auto *chooser = new ChoiceRow(localised(u"V_prefColor"_s));
-    const auto words = [](QLatin1String name) { return localised(u"V_prefColor_"_s + name); };
+    const auto words = [](QLatin1String name) {
+        return localised(QLatin1String("V_prefColor_") + name);
+    };
     int segment = 0;
     for (const ColourPreset &preset : colourPresets()) {
         chooser->add(segment++, words(preset.name), words(preset.name), pictureSize,

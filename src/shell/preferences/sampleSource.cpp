@@ -29,6 +29,7 @@ SourceDico sampleSource()
 void completeSampleTexts(Dico &display)
 {
     write(display, Keys::date, u"2024-06-21"_s);
+    write(display, Keys::comment, localised(u"V_preview_comment"_s));
     write(display, Keys::poids, filled(u"1.87 G%@", localised(u"D_byte"_s)));
 }
 
