@@ -133,6 +133,15 @@ void BatchDrawer::setRowActions(const QList<QAction *> &actions)
     }
 }
 
+void BatchDrawer::setFooter(QWidget *footer)
+{
+    auto *column = static_cast<QVBoxLayout *>(layout());
+    const int below = column->indexOf(m_view) + 1;
+    column->insertWidget(below, footer);
+    column->setStretch(below - 1, 2);
+    column->setStretch(below, 1);
+}
+
 void BatchDrawer::scrollTo(int row)
 {
     m_view->scrollTo(m_model.index(row));

@@ -26,6 +26,8 @@ public:
     /// The actions of the context menu, in this order; a null one is a separator.
     void setRowActions(const QList<QAction *> &actions);
     void scrollTo(int row);
+    /// What stands under the list, which hands it a third of its height while it shows.
+    void setFooter(QWidget *footer);
 
 Q_SIGNALS:
     void removeRequested();

@@ -13,6 +13,7 @@
 #include "shell/platform/startupToken.h"
 #include "shell/progressPanel.h"
 #include "shell/sessionPreferences.h"
+#include "shell/sideWindows.h"
 #include "tasks/workFolder.h"
 
 #include <QAction>
@@ -101,6 +102,7 @@ int runSession(SingleInstance &instance, const QStringList &paths)
     connectPresence(presence, session);
     QObject::connect(&session, &DesktopSession::ended, qApp, &QApplication::quit);
     // The end of the desktop session asks no questions.
+    const SideWindows sideWindows(session);
     const SignalWatcher signalWatcher;
     QObject::connect(&signalWatcher, &SignalWatcher::interrupted, &session,
                      &DesktopSession::quitNow);

@@ -1,0 +1,69 @@
+#include "shell/sideWindows.h"
+
+#include "app/batchList.h"
+#include "shell/batchDrawer.h"
+#include "shell/choiceRow.h"
+#include "shell/desktopSession.h"
+#include "shell/helpCommands.h"
+#include "shell/mainMenu.h"
+#include "shell/mainWindow.h"
+
+#include <QAction>
+
+namespace vignar
+{
+
+SideWindows::SideWindows(DesktopSession &session)
+    : m_session(session),
+      m_player(session.application().whichArrayController()),
+      m_sheet(new SheetPreview)
+{
+    MainWindow &window = session.window();
+    connect(window.menu().preferences, &QAction::triggered, this, &SideWindows::showPreferences);
+    window.menu().preview->setVisible(true);
+    connect(&session, &DesktopSession::previewRequested, &m_player, &PreviewPlayer::open);
+
+    window.drawer().setFooter(m_sheet);
+    connect(&window.drawer(), &BatchDrawer::selectionChanged, this, &SideWindows::showSelectedRow);
+    connect(&session.application().whichArrayController(), &BatchList::rowChanged, this,
+            &SideWindows::showSelectedRow);
+    connect(&window, &MainWindow::closed, this, [this] {
+        m_player.close();
+        m_preferences.reset();
+    });
+    showSelectedRow();
+}
+
+SideWindows::~SideWindows() = default;
+
+void SideWindows::showPreferences()
+{
+    if (!m_preferences) {
+        m_preferences = std::make_unique<PreferencesDialog>(&m_session.window());
+        connect(m_preferences.get(), &PreferencesDialog::preferenceChanged, this,
+                &SideWindows::preferenceChanged);
+    }
+    m_preferences->reload();
+    m_preferences->show();
+    m_preferences->raise();
+    m_preferences->activateWindow();
+}
+
+void SideWindows::preferenceChanged()
+{
+    m_session.preferencesChanged();
+    m_player.planAgain();
+    m_sheet->refresh();
+}
+
+void SideWindows::showSelectedRow()
+{
+    const QList<int> rows = m_session.window().drawer().selectedRows();
+    m_sheet->setVisible(rows.size() == 1);
+    if (rows.size() != 1)
+        return;
+    const BatchEntry row = m_session.application().whichArrayController().row(rows.first());
+    m_sheet->setRow(read(row, RowKeys::dico).value_or(SourceDico()), read(row, Keys::out));
+}
+
+} // namespace vignar

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "shell/player/previewPlayer.h"
+#include "shell/preferences/preferencesDialog.h"
+#include "shell/preferences/sheetPreview.h"
+
+#include <QPointer>
+
+namespace vignar
+{
+
+class DesktopSession;
+
+/// What opens beside the main window, each when it is first asked for: the preferences, the
+/// player, and below the list how the sheet of the selected row will look.
+class SideWindows : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit SideWindows(DesktopSession &session);
+    ~SideWindows() override;
+
+private:
+    void showPreferences();
+    void preferenceChanged();
+    void showSelectedRow();
+
+    DesktopSession &m_session;
+    PreviewPlayer m_player;
+    SheetPreview *m_sheet;
+    std::unique_ptr<PreferencesDialog> m_preferences;
+};
+
+} // namespace vignar
