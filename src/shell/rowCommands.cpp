@@ -109,10 +109,10 @@ void RowCommands::removeAll()
 void RowCommands::activate(int row)
 {
     m_session.window().drawer().selectRows({row});
-    if (QFileInfo::exists(value(BatchModel::sheetRole)))
-        openSheet();
-    else if (m_session.window().menu().preview->isVisible())
+    if (m_session.window().menu().preview->isVisible())
         preview();
+    else if (QFileInfo::exists(value(BatchModel::sheetRole)))
+        openSheet();
 }
 
 } // namespace vignar
