@@ -8,6 +8,7 @@
 #include "shell/preferences/sheetPreview.h"
 
 #include <QAbstractSpinBox>
+#include <QAccessible>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
@@ -329,6 +330,13 @@ private Q_SLOTS:
             for (const auto *button : window.findChildren<QAbstractButton *>()) {
                 if (button->isVisible())
                     words.append(button->text());
+            }
+            for (auto *control : area->findChildren<QWidget *>()) {
+                if (control->focusPolicy() == Qt::NoFocus || control->focusProxy())
+                    continue;
+                const auto *interface = QAccessible::queryAccessibleInterface(control);
+                QVERIFY2(!interface->text(QAccessible::Name).isEmpty(),
+                         control->metaObject()->className());
             }
             QSet<QChar> letters;
             for (const QString &word : std::as_const(words)) {

@@ -4,6 +4,7 @@
 #include "settings/stringTables.h"
 #include "shell/colours.h"
 
+#include <QEvent>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QGridLayout>
@@ -33,6 +34,7 @@ FolderField::FolderField(const QString &label, QWidget *parent)
     m_hint->setWordWrap(true);
     m_hint->setTextFormat(Qt::PlainText);
     setFocusProxy(m_field);
+    colourHint();
 
     connect(m_field, &QLineEdit::textEdited, this, &FolderField::updateHint);
     connect(m_field, &QLineEdit::editingFinished, this, [this] {
@@ -65,9 +67,20 @@ void FolderField::updateHint()
     const bool isMissing = !QFileInfo(folder).isDir();
     m_hint->setText(isMissing ? localised(u"V_prefs_noFolder"_s) : QString());
     m_hint->setVisible(isMissing);
+}
+
+void FolderField::colourHint()
+{
     QPalette colours = palette();
     colours.setColor(QPalette::WindowText, warningColour(colours));
     m_hint->setPalette(colours);
+}
+
+void FolderField::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange)
+        colourHint();
 }
 
 void FolderField::browse()

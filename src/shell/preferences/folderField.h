@@ -26,9 +26,13 @@ Q_SIGNALS:
     /// The user has typed a path to its end, or chosen one.
     void edited();
 
+protected:
+    void changeEvent(QEvent *event) override;
+
 private:
     void browse();
     void updateHint();
+    void colourHint();
 
     QLineEdit *m_field;
     QLabel *m_hint;

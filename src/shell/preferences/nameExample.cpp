@@ -4,7 +4,6 @@
 #include "classShared/format.h"
 #include "settings/preferences.h"
 #include "settings/stringTables.h"
-#include "shell/colours.h"
 #include "shell/preferences/sampleSource.h"
 
 #include <QFileInfo>
@@ -16,9 +15,7 @@ using namespace Qt::StringLiterals;
 
 NameExample::NameExample(QWidget *parent) : ElidedLabel(parent)
 {
-    QPalette quiet = palette();
-    quiet.setColor(QPalette::WindowText, secondaryText(quiet));
-    setPalette(quiet);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
 }
 
 void NameExample::refresh()

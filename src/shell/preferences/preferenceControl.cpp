@@ -65,7 +65,7 @@ PreferenceControl makeColourField(const PreferenceRow &row, const Edited &edited
 
 PreferenceControl makeSlider(const PreferenceRow &row, const Edited &edited)
 {
-    auto *field = new SliderField(int(row.range.lowest), int(row.range.highest),
+    auto *field = new SliderField(row.label(), int(row.range.lowest), int(row.range.highest),
                                   int(row.range.step), row.unit());
     QObject::connect(field, &SliderField::edited, field, edited);
     return {field, field->focusProxy(), [field] { return double(field->value()); },

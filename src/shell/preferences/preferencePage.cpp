@@ -34,6 +34,8 @@ PreferencePage::PreferencePage(QWidget *parent) : QScrollArea(parent)
     setWidget(content);
     setWidgetResizable(true);
     setFrameShape(QFrame::NoFrame);
+    // It follows the focus of the controls in it.
+    setFocusPolicy(Qt::NoFocus);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     // The page of the tabs shows through.
     viewport()->setAutoFillBackground(false);

@@ -72,6 +72,7 @@ PreferencesDialog::PreferencesDialog(QWidget *parent)
     connect(this, &PreferencesDialog::preferenceChanged, m_preview, &SheetPreview::refresh);
     connect(this, &PreferencesDialog::preferenceChanged, m_nameExample, &NameExample::refresh);
     connect(m_tabs, &QTabWidget::currentChanged, this, &PreferencesDialog::updateRestore);
+    quietNotes();
     reload();
     m_tabs->setFocus();
 }
@@ -96,9 +97,6 @@ QWidget *PreferencesDialog::makePreviewColumn()
     auto *title = new QLabel(localised(u"V_preview"_s));
     title->setAlignment(Qt::AlignHCenter);
     m_description->setAlignment(Qt::AlignHCenter);
-    QPalette quiet = palette();
-    quiet.setColor(QPalette::WindowText, secondaryText(quiet));
-    m_description->setPalette(quiet);
     auto *column = new QVBoxLayout(side);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(4);
@@ -151,6 +149,22 @@ QStringList PreferencesDialog::keysOf(std::optional<PreferencePane> pane)
 void PreferencesDialog::showPane(PreferencePane pane)
 {
     m_tabs->setCurrentIndex(int(pane));
+}
+
+/// Plain words have less weight than those of the controls, in any palette.
+void PreferencesDialog::quietNotes()
+{
+    QPalette quiet = palette();
+    quiet.setColor(QPalette::WindowText, secondaryText(quiet));
+    m_description->setPalette(quiet);
+    m_nameExample->setPalette(quiet);
+}
+
+void PreferencesDialog::changeEvent(QEvent *event)
+{
+    QDialog::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange)
+        quietNotes();
 }
 
 void PreferencesDialog::keyPressEvent(QKeyEvent *event)

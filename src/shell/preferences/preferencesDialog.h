@@ -50,6 +50,7 @@ Q_SIGNALS:
     void destinationPrepared(const QString &path);
 
 protected:
+    void changeEvent(QEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
@@ -66,6 +67,7 @@ private:
     bool followColours();
     void keepOwnColours();
     void updateDependents();
+    void quietNotes();
     void restorePane();
     void restoreAll();
     void updateRestore();

@@ -58,6 +58,9 @@ SheetPreview::~SheetPreview() = default;
 void SheetPreview::setRow(const SourceDico &source, std::optional<int> layout,
                           const QStringList &pictures)
 {
+    // A row that changes in nothing that shows need not read its files again.
+    if (m_row && m_row->source == source && m_row->layout == layout && m_row->pictures == pictures)
+        return;
     const QString poster = readStr(source, Keys::imgPathStr);
     m_row = Row{source, layout, pictures,
                 pictures.isEmpty() && !poster.isEmpty() ? loadedPicture(poster) : QImage()};

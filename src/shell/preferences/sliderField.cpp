@@ -8,7 +8,8 @@
 namespace vignar
 {
 
-SliderField::SliderField(int lowest, int highest, int step, const QString &unit, QWidget *parent)
+SliderField::SliderField(const QString &label, int lowest, int highest, int step,
+                         const QString &unit, QWidget *parent)
     : QWidget(parent), m_slider(new QSlider(Qt::Horizontal)), m_field(new QSpinBox), m_step(step)
 {
     auto *row = new QHBoxLayout(this);
@@ -16,6 +17,8 @@ SliderField::SliderField(int lowest, int highest, int step, const QString &unit,
     row->setSpacing(8);
     row->addWidget(m_slider, 1);
     row->addWidget(m_field);
+    for (QWidget *part : {static_cast<QWidget *>(m_slider), static_cast<QWidget *>(m_field)})
+        part->setAccessibleName(QString(label).remove(u'&'));
     m_slider->setRange(lowest / step, highest / step);
     m_slider->setPageStep(10);
     m_slider->setMinimumWidth(120);

@@ -14,8 +14,10 @@ class SliderField : public QWidget
     Q_OBJECT
 
 public:
-    /// The slider moves in steps; the field takes every number. unit may be null.
-    SliderField(int lowest, int highest, int step, const QString &unit, QWidget *parent = nullptr);
+    /// The label, which may hold a mnemonic, names the number to assistive programs. The
+    /// slider moves in steps; the field takes every number. unit may be null.
+    SliderField(const QString &label, int lowest, int highest, int step, const QString &unit,
+                QWidget *parent = nullptr);
 
     int value() const;
     /// Does not emit edited(). Beyond the range the range grows.
