@@ -3,6 +3,7 @@
 #include "app/progressReporter.h"
 #include "classShared/lineLog.h"
 #include "sheet/extractionPasses.h"
+#include "sheet/pictureTimes.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -19,7 +20,7 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-constexpr qint64 lastWordsLimit = 16 * 1024;
+constexpr qint64 lastWordsLimit = 64 * 1024;
 
 bool isWritten(const QString &path)
 {
@@ -148,9 +149,11 @@ void PassExecutor::taskLauncherTaskDidEnd(taskLauncher &launcher)
 
 void PassExecutor::jobEnded(const Job &job, const QString &lastWords)
 {
+    std::set<int> substituted;
     for (const auto &[picture, substitute] : job.run.substitutes) {
-        if (!isWritten(picturePath(picture)) && isWritten(substitute))
-            QFile::rename(substitute, picturePath(picture));
+        if (!isWritten(picturePath(picture)) && isWritten(substitute) &&
+            QFile::rename(substitute, picturePath(picture)))
+            substituted.insert(picture);
         else
             QFile::remove(substitute);
     }
@@ -160,9 +163,18 @@ void PassExecutor::jobEnded(const Job &job, const QString &lastWords)
     if (!isComplete)
         logLine(u"th not extracted    :-( %@", lastWords.right(500));
     for (const int picture : job.run.pictures) {
-        if (!m_landed.contains(picture))
+        if (m_landed.contains(picture))
+            tellTime(job, picture, lastWords, substituted.contains(picture));
+        else
             settlePicture(job, picture);
     }
+}
+
+void PassExecutor::tellTime(const Job &job, int picture, const QString &report, bool isSubstitute)
+{
+    const QStringList &pass = job.form == Form::plain ? job.run.arguments : m_passes.at(picture);
+    if (const auto seconds = toldTime(report, pass, picture, isSubstitute))
+        Q_EMIT told(picturePath(picture), *seconds);
 }
 
 void PassExecutor::settlePicture(const Job &job, int picture)

@@ -44,6 +44,9 @@ public:
 Q_SIGNALS:
     /// So many pictures are there now.
     void landed(int pictures);
+    /// Where passes tell times: when a picture that is there now is shown, in seconds from
+    /// the start of the source.
+    void told(const QString &picture, double seconds);
     void finished();
 
 private:
@@ -66,6 +69,7 @@ private:
     void launchWaiting();
     void launch(Job job);
     void jobEnded(const Job &job, const QString &lastWords);
+    void tellTime(const Job &job, int picture, const QString &report, bool isSubstitute);
     void settlePicture(const Job &job, int picture);
     void takeUpMissing();
     void countLanded();

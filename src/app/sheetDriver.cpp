@@ -55,6 +55,8 @@ SheetDriver::SheetDriver(Outlets &outlets, BatchList &batch, ProgressReporter &r
         m_outlets.setPercentText(RunnerKind::main, filled(u"%ld %%", 100 * pictures / m_planned));
         showLanded(pictures);
     });
+    connect(&m_executor, &PassExecutor::told, this,
+            [this](const QString &picture, double seconds) { m_shownAt[picture] = seconds; });
     connect(&m_executor, &PassExecutor::finished, this, [this] {
         m_outlets.setWheelSpinning(RunnerKind::main, false);
         m_outlets.setProgressMaximum(ProgressBar::main, 0);

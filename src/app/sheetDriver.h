@@ -9,6 +9,7 @@
 #include "sheet/extractionFolder.h"
 
 #include <QElapsedTimer>
+#include <QHash>
 #include <QObject>
 
 #include <optional>
@@ -140,6 +141,7 @@ private:
     int m_planned = 0;
     std::vector<double> m_instants;
     BlankRetakes m_retakes;
+    QHash<QString, double> m_shownAt; // picture file to seconds, as far as told
     QString m_lastPassKey;
     QStringList m_lastPass;
     QElapsedTimer m_clock;

@@ -52,6 +52,8 @@ SourceDico SheetDriver::planningInput(const SourceDico &source, int layout)
         write(input, Keys::thDerush, 1);
         write(input, Keys::thDerushInterval, prefValue(Prefs::prefDerushInterval));
     }
+    if (prefValue(Prefs::prefTrueTimecode))
+        write(input, Keys::thTrueTimecode, 1);
     write(input, Keys::thNumberInt, requestedThumbnails(layout));
     return input;
 }
@@ -186,6 +188,7 @@ Result<void> SheetDriver::planRow()
         planSheet(m_layout, planningInput(workingRecord(), m_layout), m_folder.path);
     m_planned = plan.thumbnails.count;
     m_instants = plan.thumbnails.instants;
+    m_shownAt.clear();
     m_retakes = {plan.thumbnails, m_folder.path,
                  read(workingRecord(), Keys::w_duration).value_or(0)};
     if (m_planned < 1)

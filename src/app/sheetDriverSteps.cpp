@@ -11,6 +11,7 @@
 #include "sheet/diskPicture.h"
 #include "sheet/extractionPasses.h"
 #include "sheet/pictureMatrix.h"
+#include "sheet/pictureTimes.h"
 #include "sheet/seekPreview.h"
 #include "sheet/sheetComposer.h"
 
@@ -90,8 +91,14 @@ void SheetDriver::settleLastPass()
     if (m_lastPass.isEmpty())
         return;
     const QStringList pass = std::exchange(m_lastPass, {});
-    if (m_taskStopInt == 1 || QFileInfo(pass.constLast()).size() > 0)
+    if (m_taskStopInt == 1)
         return;
+    if (QFileInfo(pass.constLast()).size() > 0) {
+        const QString report = m_reporter.lastWords(RunnerKind::main);
+        if (const auto seconds = toldTime(report, pass, m_lastPassKey.toInt()))
+            m_shownAt[pass.constLast()] = *seconds;
+        return;
+    }
     logLine(u"th not extracted    :-( #%@ %@", m_lastPassKey,
             m_reporter.lastWords(RunnerKind::main).right(500));
     const QStringList next = nextAttempt(pass);
@@ -112,7 +119,7 @@ void SheetDriver::startRun(const RunRequest &request)
 
 bool SheetDriver::takeBlanksAgain()
 {
-    const SourceDico source = workingRecord();
+    const SourceDico source = planningInput(workingRecord(), m_layout);
     if (!prefValue(Prefs::prefAvoidBlank) || usesMovieGrabber(source))
         return false;
     const Dico passes = m_retakes.nextRound(source);
@@ -170,8 +177,18 @@ Dico SheetDriver::displayOfSheet() const
 Dico SheetDriver::timecodesOfPictures(const Dico &display) const
 {
     Dico timecodes = read(display, Keys::timecode).value_or(Dico());
+    // Hundredths are cut off, and a time that was told comes out of two roundings.
+    constexpr double rounding = 0.001;
+    const auto show = [&timecodes](int index, double seconds) {
+        timecodes.insert(QString::number(index), timecodeText(seconds + rounding));
+    };
+    for (int index = 0; index < m_planned; ++index) {
+        const QString picture = thumbnailPath(m_folder.path, index);
+        if (m_shownAt.contains(picture))
+            show(index, m_shownAt.value(picture));
+    }
     for (const auto &[index, instant] : m_retakes.replaced())
-        timecodes.insert(QString::number(index), timecodeText(instant));
+        show(index, m_shownAt.value(m_retakes.furtherPath(index), instant));
     return timecodes;
 }
 

@@ -101,6 +101,8 @@ inline constexpr Key<int> thNumberInt{"thNumberInt"};
 inline constexpr Key<int> thNumberAuto{"thNumberAuto"};
 inline constexpr Key<int> thDerush{"thDerush"};
 inline constexpr Key<int> thDerushInterval{"thDerushInterval"};
+/// Present: the passes tell when their pictures are shown.
+inline constexpr Key<int> thTrueTimecode{"thTrueTimecode"};
 inline constexpr Key<Dico> appvgThFf{"appvgThFf"};
 inline constexpr Key<Dico> appvgThQt{"appvgThQt"};
 inline constexpr Key<Dico> appvgDisplay{"appvgDisplay"};

@@ -37,6 +37,8 @@ inline constexpr Key<int> prefLimitAuto{"prefLimitAuto"};
 inline constexpr Key<int> prefDerush{"prefDerush"};
 inline constexpr Key<int> prefDerushInterval{"prefDerushInterval"};
 inline constexpr Key<int> prefTimecode{"prefTimecode"};
+/// 1: the timecode is that of the picture that was found, not of the planned instant.
+inline constexpr Key<int> prefTrueTimecode{"prefTrueTimecode"};
 /// 1: a thumbnail of one flat colour is taken again a little later.
 inline constexpr Key<int> prefAvoidBlank{"prefAvoidBlank"};
 inline constexpr Key<int> pageName{"pageName"};

@@ -26,19 +26,13 @@ constexpr std::array limitKeys{Prefs::prefLimitBig, Prefs::prefLimitMed, Prefs::
                                Prefs::prefLimitMix};
 constexpr std::array colourKeys{Prefs::pageBkgColor, Prefs::prefBorderColor};
 /// In the order in which they are filled.
-constexpr std::array sheetKeys{Prefs::prefTimecode,
-                               Prefs::pageName,
-                               Prefs::pageLocation,
-                               Prefs::pageDate,
-                               Prefs::pageDuration,
-                               Prefs::pageVIdentity,
-                               Prefs::pagePoids,
-                               Prefs::pageEssence,
-                               Prefs::pageComment,
-                               Prefs::prefWebVtt,
-                               Prefs::prefAvoidBlank,
-                               Prefs::prefMultimediaHd,
-                               Prefs::prefDerushNoMultimediaHd};
+constexpr std::array sheetKeys{Prefs::prefTimecode,     Prefs::pageName,
+                               Prefs::pageLocation,     Prefs::pageDate,
+                               Prefs::pageDuration,     Prefs::pageVIdentity,
+                               Prefs::pagePoids,        Prefs::pageEssence,
+                               Prefs::pageComment,      Prefs::prefWebVtt,
+                               Prefs::prefTrueTimecode, Prefs::prefAvoidBlank,
+                               Prefs::prefMultimediaHd, Prefs::prefDerushNoMultimediaHd};
 constexpr std::array textKeys{Prefs::prefSuffix, Prefs::prefNameTemplate, Prefs::pageCommentText,
                               Prefs::prefSheetFormat};
 

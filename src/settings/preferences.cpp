@@ -200,6 +200,7 @@ Dico prefDefaults()
     write(defaults, Prefs::prefDerushInterval, 20);
     write(defaults, Prefs::prefTimecode, 1);
     write(defaults, Prefs::prefAvoidBlank, 0);
+    write(defaults, Prefs::prefTrueTimecode, 0);
     writePageLines(defaults);
     write(defaults, Prefs::prefMultimediaHd, 1);
     write(defaults, Prefs::prefDerushNoMultimediaHd, 1);

@@ -4,6 +4,7 @@
 #include "sheet/extractionFolder.h"
 #include "sheet/extractionPasses.h"
 #include "sheet/imageExport.h"
+#include "sheet/pictureTimes.h"
 
 #include <QFile>
 
@@ -119,12 +120,14 @@ Dico BlankRetakes::nextRound(const SourceDico &source)
         return passes;
     ++m_round;
     const QString filter = thumbnailFilter(source, m_plan.size);
+    const bool isTelling = contains(source, Keys::thTrueTimecode);
     for (const int index : m_blank) {
         const double instant = furtherInstant(index);
         logLine(u"th blank            : #%ld taken again at %.2f", index, instant);
         // An intra picture might only come where the next thumbnail is taken.
-        passes.insert(QString::number(index), withoutIntraSelection(ffmpegPass(
-                                                  source, instant, filter, furtherPath(index))));
+        const QStringList pass = ffmpegPass(
+            source, instant, isTelling ? filter + timeTeller(index) : filter, furtherPath(index));
+        passes.insert(QString::number(index), withoutIntraSelection(pass));
     }
     return passes;
 }

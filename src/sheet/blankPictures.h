@@ -33,9 +33,11 @@ public:
     /// Thumbnail index to the instant of the picture that has taken its place.
     const std::map<int, double> &replaced() const { return m_replaced; }
 
+    /// Where a thumbnail's further pictures are written.
+    QString furtherPath(int index) const;
+
 private:
     double furtherInstant(int index) const;
-    QString furtherPath(int index) const;
     void findBlanks();
     void takeOver();
 

@@ -2,6 +2,7 @@
 
 #include "classShared/format.h"
 #include "settings/stringTables.h"
+#include "sheet/pictureTimes.h"
 #include "sheet/thumbnailPlan.h"
 #include "sheet/toneMapping.h"
 #include "tasks/toolPlaces.h"
@@ -55,9 +56,10 @@ QStringList enteredAt(double entry, double instant, const QStringList &pass, QSt
         slow[seek + 1] = filled(format, entry);
     else
         slow.remove(seek, 2);
-    // Tone mapping is slow: pictures that only lead to the instant are spared it.
+    // Pictures that only lead to the instant are spared the slow tone mapping, and are
+    // not told of.
     const qsizetype filter = slow.indexOf(u"-vf"_s) + 1;
-    if (filter > 0 && isToneMapped(slow.value(filter)))
+    if (filter > 0 && (isToneMapped(slow.value(filter)) || tellsTimes(slow.value(filter))))
         slow[filter].prepend(u"trim=start="_s + filled(format, instant - entry) + u',');
     return slow;
 }

@@ -2,6 +2,7 @@
 
 #include "classShared/format.h"
 #include "sheet/extractionPasses.h"
+#include "sheet/pictureTimes.h"
 
 #include <algorithm>
 #include <cmath>
@@ -111,7 +112,7 @@ FastRun intraRun(const PassMap &passes, const QStringList &options)
 /// 12 seconds after it, cut away, as the seek and the duration of a plain pass do.
 QString trimmed(const QString &filter, double offset)
 {
-    return filled(u"trim=start=%.2f:duration=12,setpts=PTS-STARTPTS,", offset) + filter;
+    return filled(u"trim=start=%.2f:duration=12,setpts=PTS-%.2f/TB,", offset, offset) + filter;
 }
 
 void appendStretchOutput(FastRun &run, const QStringList &arguments, double offset,
@@ -125,6 +126,14 @@ void appendStretchOutput(FastRun &run, const QStringList &arguments, double offs
     run.arguments << options << path;
 }
 
+QStringList freeOfSelection(const QStringList &arguments)
+{
+    QStringList pass = withoutIntraSelection(arguments);
+    if (const qsizetype filter = pass.indexOf(u"-vf"_s) + 1; filter > 0)
+        pass[filter] = tellingAsSubstitute(pass.at(filter));
+    return pass;
+}
+
 FastRun stretchRun(const PassMap &passes)
 {
     const Pass first = takenApart(passes.cbegin()->second);
@@ -136,7 +145,7 @@ FastRun stretchRun(const PassMap &passes)
         const double offset = pass.instant - first.instant;
         const QString substitute = pass.path + u".any.jpg"_s;
         appendStretchOutput(run, arguments, offset, pass.path);
-        appendStretchOutput(run, withoutIntraSelection(arguments), offset, substitute);
+        appendStretchOutput(run, freeOfSelection(arguments), offset, substitute);
         run.pictures.push_back(number);
         run.substitutes.emplace(number, substitute);
     }

@@ -6,6 +6,7 @@
 #include "sheet/chosenInstants.h"
 #include "sheet/extractionPasses.h"
 #include "sheet/infoTexts.h"
+#include "sheet/pictureTimes.h"
 #include "sheet/plannedSource.h"
 
 #include <QFileInfo>
@@ -168,11 +169,13 @@ QSize frameSize(const SourceDico &source)
 Dico ffmpegPasses(const ThumbnailPlan &plan, const SourceDico &source, const QString &folder)
 {
     const QString filter = thumbnailFilter(source, plan.size);
+    const bool isTelling = contains(source, Keys::thTrueTimecode);
     Dico passes;
     for (int index = 0; index < plan.count; ++index) {
         const auto makePass = plan.chosen.contains(index) ? exactPass : ffmpegPass;
         const QStringList pass =
-            makePass(source, plan.instants[index], filter, thumbnailPath(folder, index));
+            makePass(source, plan.instants[index], isTelling ? filter + timeTeller(index) : filter,
+                     thumbnailPath(folder, index));
         logDebug(u"argsArray pass #%ld/%ld: %@", index, plan.count, QVariant(pass));
         passes.insert(QString::number(index), pass);
     }

@@ -40,7 +40,7 @@ struct ThumbnailPlan {
 QString timecodeText(double instant);
 
 /// Plans from the record and the planning keys (thNumberInt, thNumberAuto, thDerush,
-/// thDerushInterval) in it.
+/// thDerushInterval, thTrueTimecode) in it.
 ThumbnailPlan planThumbnails(int layout, const SourceDico &source);
 
 /// Texts, picture size and timecode map of a planned sheet for the composer.

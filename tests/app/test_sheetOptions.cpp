@@ -94,6 +94,28 @@ private Q_SLOTS:
         QCOMPARE(filesUnder(m_destination->path()), QStringList{u"white-index.pdf"_s});
     }
 
+    void timesAreThoseOfThePicturesShown_data() { addWaysToRun(); }
+    void timesAreThoseOfThePicturesShown()
+    {
+        QFETCH(int, isPlain);
+        prefWrite(Prefs::prefPlainPasses, isPlain);
+        prefWrite(Prefs::prefTrueTimecode, 1);
+        const QString pictures = u"testsrc2=s=320x180:r=10:d=40"_s;
+        // An intra picture every 5 seconds, in a container that starts its clock at 1.4.
+        const QString groups =
+            makeClip(u"groups.ts"_s, pictures,
+                     {u"-g"_s, u"50"_s, u"-sc_threshold"_s, u"0"_s, u"-bf"_s, u"0"_s, u"-y"_s});
+        QCOMPARE(shownTimes(groups),
+                 (QStringList{u"0:00:05.00"_s, u"0:00:10.00"_s, u"0:00:15.00"_s, u"0:00:20.00"_s,
+                              u"0:00:30.00"_s, u"0:00:35.00"_s}));
+        // No intra picture but the first: further attempts take the next picture of any type.
+        const QString single = makeClip(u"single.mp4"_s, pictures,
+                                        {u"-g"_s, u"1000"_s, u"-sc_threshold"_s, u"0"_s, u"-y"_s});
+        QCOMPARE(shownTimes(single),
+                 (QStringList{u"0:00:01.70"_s, u"0:00:06.70"_s, u"0:00:13.40"_s, u"0:00:20.00"_s,
+                              u"0:00:26.70"_s, u"0:00:33.40"_s}));
+    }
+
 private:
     static constexpr int patience = 60000;
 

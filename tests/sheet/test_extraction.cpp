@@ -1,6 +1,7 @@
 #include "settings/stringTables.h"
 #include "sheet/extractionFolder.h"
 #include "sheet/extractionPasses.h"
+#include "sheet/pictureTimes.h"
 #include "sheet/thumbnailPlan.h"
 #include "tasks/toolPlaces.h"
 
@@ -73,6 +74,26 @@ private Q_SLOTS:
         // A relative path could be read as an option or as a protocol.
         const QStringList relative = ffmpegPass({{Keys::srcPathStr, u"concat:a"_s}}, 0, {}, {});
         QCOMPARE(relative.value(6), QDir::currentPath() + u"/concat:a"_s);
+    }
+
+    void timesAreCountedFromTheStart()
+    {
+        const SourceDico source{{Keys::srcPathStr, u"/v/a.mov"_s}};
+        const QStringList pass =
+            ffmpegPass(source, 62.5, u"scale=64:48"_s + timeTeller(7), u"/o"_s);
+        const auto line = [](const QString &name, const QString &time) {
+            return u"frame= 1 fps=0 \r[showinfo@%1 @ 0x5] n:  0 pts:  9 pts_time:%2 pos: 1\n"_s.arg(
+                name, time);
+        };
+        const QString report = line(u"77"_s, u"1"_s) + line(u"7"_s, u"NOPTS"_s) +
+                               line(u"substitute7"_s, u"2"_s) + line(u"7"_s, u"3.25"_s) +
+                               line(u"7"_s, u"30.04"_s);
+        QCOMPARE(toldTime(report, pass, 7), 65.75);
+        QCOMPARE(toldTime(report, pass, 7, true), 64.5);
+        QVERIFY(!toldTime(report, pass, 8));
+        // What a run-up passes on its way is not the picture that it takes.
+        QCOMPARE(toldTime(report, withRunUp(pass), 7), 62.54);
+        QVERIFY(withRunUp(pass).join(u' ').contains(u"-vf trim=start=30.00,scale"));
     }
 
     void awkwardFoldersReceiveTheirPicture()
