@@ -50,7 +50,7 @@ std::optional<LumaWeights> undescribedMatrix(const SourceDico &source)
 bool isStoredWithoutMatrix(const SourceDico &source)
 {
     static const QRegularExpression formats(u"rgb|bgr|gbr|pal8|xyz|bayer|gray|mono"_s);
-    return formats.match(read(source, Keys::v_chroma, 0).value_or(QString())).hasMatch();
+    return formats.match(read(source, Keys::v_pixelFormat, 0).value_or(QString())).hasMatch();
 }
 
 /// One plane of samples, 0 … 255, row after row without gaps.

@@ -64,7 +64,7 @@ SourceDico recordOf(const QString &path, const Clip &clip)
     SourceDico source{{Keys::srcPathStr, path}};
     write(source, Keys::v_width, 0, clip.size.width());
     write(source, Keys::v_height, 0, clip.size.height());
-    write(source, Keys::v_chroma, 0, clip.pixels);
+    write(source, Keys::v_pixelFormat, 0, clip.pixels);
     if (clip.isDescribed) {
         write(source, Keys::v_matrix, 0, clip.matrix);
         write(source, Keys::v_primaries, 0, clip.primaries);
