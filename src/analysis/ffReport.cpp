@@ -71,6 +71,16 @@ void readDurationLine(QStringView line, Dico &infos)
     }
 }
 
+/// Where the colon stands after the key of a container's metadata: four blanks, and the
+/// key padded to sixteen.
+constexpr qsizetype metadataColon = 20;
+
+bool isMetadataLine(const QString &line)
+{
+    return line.size() > metadataColon && line.startsWith(u"    ") &&
+           line.sliced(metadataColon).startsWith(u": ");
+}
+
 /// Reads the input block line by line. A stream's number counts the streams of its type.
 /// v0 is the movie's picture: pictures that are merely attached to the source, such as a
 /// cover, are numbered after every real video stream, and from 1 where there is none.
@@ -99,8 +109,10 @@ private:
         const QString &line = m_block[index];
         if (isInputLine(line))
             readWrapper(line);
+        else if (!m_isDurationRead && isMetadataLine(line))
+            readContainerMetadata(line);
         else if (line.trimmed().startsWith(u"Duration: "))
-            readDurationLine(line, m_infos);
+            readDuration(line);
         else if (isStreamLine(line))
             readStream(line, m_block.subspan(index + 1));
         else if (const int degrees = quarterTurn(line); degrees != 0 && m_currentVideo)
@@ -111,6 +123,24 @@ private:
     {
         if (const QList<QStringView> pieces = line.split(u", "); pieces.size() > 1)
             write(m_infos, Keys::wrapper, pieces.at(1).toString());
+    }
+
+    void readDuration(const QString &line)
+    {
+        readDurationLine(line, m_infos);
+        m_isDurationRead = true;
+    }
+
+    /// The comment of the container. A further line of a value stands under an empty key.
+    void readContainerMetadata(const QString &line)
+    {
+        if (const QString key = line.first(metadataColon).trimmed(); !key.isEmpty())
+            m_metadataKey = key.toLower();
+        if (m_metadataKey != u"comment")
+            return;
+        const QString before = vignar::read(m_infos, Keys::w_comment).value_or(QString());
+        const QString value = line.sliced(metadataColon + 2);
+        write(m_infos, Keys::w_comment, before.isEmpty() ? value : before + u'\n' + value);
     }
 
     void readStream(QStringView line, Lines following)
@@ -143,6 +173,8 @@ private:
     Lines m_block;
     Dico m_infos;
     std::map<int, int> m_turns;
+    bool m_isDurationRead = false;
+    QString m_metadataKey;
     std::optional<int> m_currentVideo;
     int m_video = 0;
     int m_attachedPicture = 1;

@@ -32,6 +32,7 @@ constexpr std::array properties{
     Property{"w_duration"_L1, "duration"_L1, "seconds"_L1},
     Property{"w_offset"_L1, "starts at"_L1, "seconds"_L1},
     Property{"w_bitrate"_L1, "bit rate"_L1, "kb/s"_L1},
+    Property{"w_comment"_L1, "comment"_L1, {}},
     Property{"chapters"_L1, "chapters at"_L1, "seconds"_L1},
     Property{"dec"_L1, "decoder"_L1, {}},
     Property{"codec"_L1, "codec"_L1, {}},

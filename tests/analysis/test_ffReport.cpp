@@ -307,6 +307,19 @@ private Q_SLOTS:
             }
         }
     }
+
+    void readsTheCommentOfTheContainer()
+    {
+        const QString report =
+            u"Input #0, matroska,webm, from 'a':\n  Metadata:\n"
+            "    title           : not it\n    COMMENT         : Duration: of two\n"
+            "                    : lines\n    ENCODER         : x\n"
+            "  Duration: 00:00:12.02, start: 0.000000\n  Stream #0:0: Video: h264, 64x48\n"
+            "    Metadata:\n      comment         : of a stream\n"_s;
+        const Dico infos = parseFfReport(report).value_or(Dico());
+        QCOMPARE(read(infos, Keys::w_comment), u"Duration: of two\nlines"_s);
+        QCOMPARE(read(infos, Keys::w_duration), 12);
+    }
 };
 
 QTEST_GUILESS_MAIN(FfReportTest)
