@@ -17,6 +17,7 @@
 
 #include <QDateTime>
 #include <QFileInfo>
+#include <QThreadPool>
 
 namespace vignar
 {
@@ -133,8 +134,10 @@ void SheetDriver::correctColours() const
     const auto matrix = foreignMatrix(workingRecord());
     if (!matrix)
         return;
+    QThreadPool threads;
     for (const QString &picture : extractedPictures(m_folder.path))
-        convertToJpegMatrix(picture, *matrix);
+        threads.start([picture, matrix] { convertToJpegMatrix(picture, *matrix); });
+    threads.waitForDone();
 }
 
 StepEnd SheetDriver::compose()

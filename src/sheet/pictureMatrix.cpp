@@ -7,13 +7,13 @@
 
 #include <QFile>
 #include <QRegularExpression>
-#include <QSaveFile>
 
 #include <turbojpeg.h>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <filesystem>
 #include <memory>
 #include <vector>
 
@@ -117,9 +117,8 @@ QByteArray encoded(YccPicture &picture)
     return file;
 }
 
-/// What to add to the luma of a pixel, and the new colour differences, for the two
-/// differences of the old matrix. Luma itself passes unchanged through every change of
-/// matrix: a gray stays that gray.
+/// What a stored colour difference contributes to the new luma and to the new differences,
+/// for each of its 256 values.
 class MatrixChange
 {
 public:
@@ -133,53 +132,88 @@ public:
             const double g = -(from.red * r + from.blue * b) / green;
             return bt601.red * r + (1 - bt601.red - bt601.blue) * g + bt601.blue * b;
         };
-        m_luma = {newLuma(0, blue), newLuma(red, 0)};
-        m_blue = {(blue - m_luma[0]) / (2 * (1 - bt601.blue)), -m_luma[1] / (2 * (1 - bt601.blue))};
-        m_red = {-m_luma[0] / (2 * (1 - bt601.red)), (red - m_luma[1]) / (2 * (1 - bt601.red))};
+        const double newRed = 2 * (1 - bt601.red);
+        const double newBlue = 2 * (1 - bt601.blue);
+        const double fromBlue = newLuma(0, blue);
+        const double fromRed = newLuma(red, 0);
+        m_ofBlue = table(fromBlue, (blue - fromBlue) / newBlue, -fromBlue / newRed);
+        m_ofRed = table(fromRed, -fromRed / newBlue, (red - fromRed) / newRed);
     }
 
-    double luma(double cb, double cr) const { return m_luma[0] * cb + m_luma[1] * cr; }
-    double blue(double cb, double cr) const { return m_blue[0] * cb + m_blue[1] * cr; }
-    double red(double cb, double cr) const { return m_red[0] * cb + m_red[1] * cr; }
+    /// Luma itself passes unchanged through every change of matrix, so that a gray stays
+    /// that gray; this is to be added to it.
+    int luma(unsigned char cb, unsigned char cr) const { return whole(cb, cr, 0, 0); }
+    int blue(unsigned char cb, unsigned char cr) const { return whole(cb, cr, 1, 128); }
+    int red(unsigned char cb, unsigned char cr) const { return whole(cb, cr, 2, 128); }
 
 private:
-    std::array<double, 2> m_luma;
-    std::array<double, 2> m_blue;
-    std::array<double, 2> m_red;
+    /// Contributions in parts of 65536.
+    using Table = std::array<std::array<int, 3>, 256>;
+
+    static Table table(double luma, double blue, double red)
+    {
+        Table table;
+        for (int value = 0; value < 256; ++value) {
+            const double difference = (value - 128) * 65536.0;
+            table[size_t(value)] = {int(std::lround(luma * difference)),
+                                    int(std::lround(blue * difference)),
+                                    int(std::lround(red * difference))};
+        }
+        return table;
+    }
+
+    int whole(unsigned char cb, unsigned char cr, size_t what, int centre) const
+    {
+        return centre + ((m_ofBlue[cb][what] + m_ofRed[cr][what] + 32768) >> 16);
+    }
+
+    Table m_ofBlue;
+    Table m_ofRed;
 };
 
-unsigned char sample(double value)
+unsigned char sample(int value)
 {
-    return static_cast<unsigned char>(std::clamp(std::lround(value), 0L, 255L));
+    return static_cast<unsigned char>(std::clamp(value, 0, 255));
 }
 
 void change(YccPicture &picture, const MatrixChange &matrix)
 {
     auto &[luma, blue, red] = picture.planes;
-    std::vector<double> lumaChange(blue.samples.size());
+    std::vector<int> lumaChange(blue.samples.size());
     for (size_t at = 0; at < blue.samples.size(); ++at) {
-        const double cb = blue.samples[at] - 128.0;
-        const double cr = red.samples[at] - 128.0;
+        const unsigned char cb = blue.samples[at];
+        const unsigned char cr = red.samples[at];
         lumaChange[at] = matrix.luma(cb, cr);
-        blue.samples[at] = sample(128 + matrix.blue(cb, cr));
-        red.samples[at] = sample(128 + matrix.red(cb, cr));
+        blue.samples[at] = sample(matrix.blue(cb, cr));
+        red.samples[at] = sample(matrix.red(cb, cr));
     }
     // The planes are padded to whole blocks, so that the quotients are exact.
     const int across = luma.width / blue.width;
     const int down = luma.height / blue.height;
     for (int y = 0; y < luma.height; ++y) {
-        const double *changes = &lumaChange[size_t(y / down) * size_t(blue.width)];
+        const int *changes = &lumaChange[size_t(y / down) * size_t(blue.width)];
         unsigned char *row = &luma.samples[size_t(y) * size_t(luma.width)];
         for (int x = 0; x < luma.width; ++x)
             row[x] = sample(row[x] + changes[x / across]);
     }
 }
 
+/// The picture is one of a working folder: it needs to be whole, not to outlive a power
+/// cut, and a save file's wait for the disk would cost more than all the rest.
 bool replaceFile(const QString &path, const QByteArray &content)
 {
-    QSaveFile file(path);
-    return !content.isEmpty() && file.open(QIODevice::WriteOnly) &&
-           file.write(content) == content.size() && file.flush() && file.commit();
+    QFile file(path + u".converted"_s);
+    const bool isWritten = !content.isEmpty() && file.open(QIODevice::WriteOnly) &&
+                           file.write(content) == content.size() && file.flush();
+    file.close();
+    std::error_code fault;
+    if (isWritten)
+        std::filesystem::rename(QFile::encodeName(file.fileName()).toStdString(),
+                                QFile::encodeName(path).toStdString(), fault);
+    if (isWritten && !fault)
+        return true;
+    file.remove();
+    return false;
 }
 
 } // namespace

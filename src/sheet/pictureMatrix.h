@@ -19,7 +19,7 @@ struct LumaWeights {
 std::optional<LumaWeights> foreignMatrix(const SourceDico &source);
 
 /// Rewrites a JPEG picture whose matrix is the given one so that it is BT.601. False when
-/// it cannot be read or written; it is then as it was.
+/// it cannot be read or written; it is then as it was. Any thread.
 bool convertToJpegMatrix(const QString &picture, const LumaWeights &from);
 
 } // namespace vignar
