@@ -4,6 +4,7 @@
 #include "shell/batchDrawer.h"
 #include "shell/choiceRow.h"
 #include "shell/desktopSession.h"
+#include "shell/destinationRow.h"
 #include "shell/helpCommands.h"
 #include "shell/mainMenu.h"
 #include "shell/mainWindow.h"
@@ -42,11 +43,25 @@ void SideWindows::showPreferences()
         m_preferences = std::make_unique<PreferencesDialog>(&m_session.window());
         connect(m_preferences.get(), &PreferencesDialog::preferenceChanged, this,
                 &SideWindows::preferenceChanged);
+        followWindow(*m_preferences);
+        showSelectedRow();
     }
     m_preferences->reload();
     m_preferences->show();
     m_preferences->raise();
     m_preferences->activateWindow();
+}
+
+/// The main window changes some preferences too.
+void SideWindows::followWindow(PreferencesDialog &preferences)
+{
+    MainWindow &window = m_session.window();
+    const auto reload = [&preferences] { preferences.reload(); };
+    for (const ChoiceRow *chooser : {&window.layoutChooser(), &window.formatChooser()})
+        connect(chooser, &ChoiceRow::chosenByUser, &preferences, reload);
+    connect(&window.destination(), &DestinationRow::edited, &preferences, reload);
+    connect(&window.menu(), &MainMenu::destinationChosen, &preferences, reload);
+    connect(window.menu().update, &QAction::triggered, &preferences, reload);
 }
 
 void SideWindows::preferenceChanged()
@@ -60,10 +75,17 @@ void SideWindows::showSelectedRow()
 {
     const QList<int> rows = m_session.window().drawer().selectedRows();
     m_sheet->setVisible(rows.size() == 1);
-    if (rows.size() != 1)
+    if (rows.size() != 1) {
+        if (m_preferences)
+            m_preferences->preview().clearRow();
         return;
+    }
     const BatchEntry row = m_session.application().whichArrayController().row(rows.first());
-    m_sheet->setRow(read(row, RowKeys::dico).value_or(SourceDico()), read(row, Keys::out));
+    const SourceDico source = read(row, RowKeys::dico).value_or(SourceDico());
+    m_sheet->setRow(source, read(row, Keys::out));
+    // There the layout is the one being chosen.
+    if (m_preferences)
+        m_preferences->preview().setRow(source);
 }
 
 } // namespace vignar

@@ -23,6 +23,7 @@ public:
 
 private:
     void showPreferences();
+    void followWindow(PreferencesDialog &preferences);
     void preferenceChanged();
     void showSelectedRow();
 

@@ -37,12 +37,8 @@ FolderField::FolderField(const QString &label, QWidget *parent)
     colourHint();
 
     connect(m_field, &QLineEdit::textEdited, this, &FolderField::updateHint);
-    connect(m_field, &QLineEdit::editingFinished, this, [this] {
-        if (m_field->isModified()) {
-            m_field->setModified(false);
-            Q_EMIT edited();
-        }
-    });
+    connect(m_field, &QLineEdit::editingFinished, this, &FolderField::finish);
+    m_field->installEventFilter(this);
     connect(button, &QPushButton::clicked, this, &FolderField::browse);
 }
 
@@ -59,6 +55,22 @@ void FolderField::setPath(const QString &path)
     }
     m_field->setModified(false);
     updateHint();
+}
+
+void FolderField::finish()
+{
+    if (!m_field->isModified())
+        return;
+    m_field->setModified(false);
+    Q_EMIT edited();
+}
+
+bool FolderField::eventFilter(QObject *watched, QEvent *event)
+{
+    // Going over to another window ends the typing too, which the field itself does not tell.
+    if (event->type() == QEvent::FocusOut)
+        finish();
+    return QWidget::eventFilter(watched, event);
 }
 
 void FolderField::updateHint()

@@ -28,9 +28,11 @@ Q_SIGNALS:
 
 protected:
     void changeEvent(QEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void browse();
+    void finish();
     void updateHint();
     void colourHint();
 

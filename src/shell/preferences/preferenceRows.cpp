@@ -124,6 +124,10 @@ constexpr PreferenceRow rows[] = {
      .pane = Pane::thumbnails,
      .kind = Kind::checkBox,
      .beginsGroup = true},
+    {.key = Prefs::prefTrueTimecode.text,
+     .pane = Pane::thumbnails,
+     .kind = Kind::checkBox,
+     .enabledWhen = {isOn(Prefs::prefTimecode)}},
 
     {.key = Prefs::prefDpi.text,
      .pane = Pane::output,
@@ -204,6 +208,13 @@ QString PreferenceRow::placeholder() const
 std::span<const PreferenceRow> preferenceRows()
 {
     return rows;
+}
+
+const PreferenceRow &preferenceRow(const QString &key)
+{
+    const auto found = std::ranges::find(rows, key, &PreferenceRow::key);
+    Q_ASSERT(found != std::end(rows));
+    return *found;
 }
 
 int layoutOfLimit(const QString &key)

@@ -79,6 +79,8 @@ struct PreferenceRow {
 /// Every preference that a control shows, in the order in which they stand: a new one
 /// is one more row here and its texts in the string tables.
 std::span<const PreferenceRow> preferenceRows();
+/// The row of a key, which must have one.
+const PreferenceRow &preferenceRow(const QString &key);
 
 /// The layout whose largest number of thumbnails a preference is.
 int layoutOfLimit(const QString &key);

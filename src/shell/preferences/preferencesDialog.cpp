@@ -86,8 +86,7 @@ void PreferencesDialog::makeRows()
         if (row.key == Prefs::prefNameTemplate.text)
             pageOf(row).addNote(m_nameExample);
     }
-    pageOf(*std::ranges::find(preferenceRows(), Prefs::update.text, &PreferenceRow::key))
-        .setRowVisible(Prefs::update, false);
+    pageOf(preferenceRow(Prefs::update)).setRowVisible(Prefs::update, false);
 }
 
 QWidget *PreferencesDialog::makePreviewColumn()
@@ -200,11 +199,10 @@ void PreferencesDialog::perform(Action action)
         showPreset();
         return;
     case Action::prepareDestination:
-        Q_EMIT destinationPrepared(control(Prefs::prefDefautDstPathStr).toString());
+        // The folder is prepared when a batch starts.
         return;
     case Action::showUpdateControls:
-        static_cast<PreferencePage *>(m_tabs->widget(int(PreferencePane::general)))
-            ->setRowVisible(Prefs::update, true);
+        pageOf(preferenceRow(Prefs::update)).setRowVisible(Prefs::update, true);
         return;
     default:
         updateDependents();
@@ -223,10 +221,8 @@ void PreferencesDialog::updateDependents()
 void PreferencesDialog::store(const QString &key)
 {
     const QVariant value = control(key);
-    bool isNumber = false;
-    const int limit = value.toString().toInt(&isNumber);
-    const bool isLimit = key.startsWith(u"prefLimit"_s) && isNumber;
-    prefWrite(key, isLimit ? QVariant(limit) : value);
+    const bool isLimit = preferenceRow(key).kind == ControlKind::limit;
+    prefWrite(key, isLimit ? QVariant(value.toInt()) : value);
 }
 
 void PreferencesDialog::storeAndTell(const QString &key)
@@ -306,6 +302,9 @@ void PreferencesDialog::fill()
     for (const PreferenceRow &row : preferenceRows())
         setControl(row.key, values.value(row.key));
     prefs2GuiApp(*this, values);
+    // A folder that is gone, as on a disk that is not there today, stays the user's choice:
+    // the field tells of it, and nothing is made before it is back.
+    setControl(Prefs::prefDefautDstPathStr, values.value(Prefs::prefDefautDstPathStr));
 }
 
 void PreferencesDialog::updateRestore()

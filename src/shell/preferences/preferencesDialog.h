@@ -46,8 +46,6 @@ public Q_SLOTS:
 Q_SIGNALS:
     /// The user has changed a preference here, and it is stored.
     void preferenceChanged(const QString &key);
-    /// The destination that counts now, whenever it is shown or changed.
-    void destinationPrepared(const QString &path);
 
 protected:
     void changeEvent(QEvent *event) override;

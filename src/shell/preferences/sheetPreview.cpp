@@ -70,6 +70,8 @@ void SheetPreview::setRow(const SourceDico &source, std::optional<int> layout,
 
 void SheetPreview::clearRow()
 {
+    if (!m_row)
+        return;
     m_row.reset();
     m_planningInput.clear();
     refresh();

@@ -22,6 +22,8 @@ SliderField::SliderField(const QString &label, int lowest, int highest, int step
     m_slider->setRange(lowest / step, highest / step);
     m_slider->setPageStep(10);
     m_slider->setMinimumWidth(120);
+    // One edit for each movement, told when it ends; the field shows where it is.
+    m_slider->setTracking(false);
     m_field->setRange(lowest, highest);
     m_field->setSingleStep(step);
     // Digits of a number that is being typed are no widths to draw sheets in.
@@ -30,6 +32,10 @@ SliderField::SliderField(const QString &label, int lowest, int highest, int step
         m_field->setSuffix(u' ' + unit);
     setFocusProxy(m_field);
 
+    connect(m_slider, &QSlider::sliderMoved, this, [this](int position) {
+        const QSignalBlocker blocker(m_field);
+        m_field->setValue(position * m_step);
+    });
     connect(m_slider, &QSlider::valueChanged, this, [this](int position) {
         setValue(position * m_step);
         Q_EMIT edited();
