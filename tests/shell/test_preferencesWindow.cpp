@@ -58,8 +58,7 @@ void change(QWidget &control)
     else if (auto *slider = control.findChild<QSlider *>())
         QTest::keyClick(slider, Qt::Key_Right);
     else
-        type(control, control.objectName() == Prefs::prefDefautDstPathStr.text ? QDir::tempPath()
-                                                                               : u"#1a2B3c"_s);
+        type(control, u"#1a2B3c"_s);
 }
 
 /// Of the same kind as the default, valid, and different from it.
