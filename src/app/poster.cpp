@@ -61,7 +61,7 @@ bool makePoster(const SourceDico &source, const QString &path, PosterPicture pic
     const double position = posterPosition(source);
     if (picture == PosterPicture::intra)
         return take(source, ffmpegPass(source, position, thumbnailFilter(source, size), path));
-    const QString filter = standardRange(source) + filled(u"scale=160:%ld", size.height());
+    const QString filter = standardRange(source, size) + filled(u"scale=160:%ld", size.height());
     return take(source, ffmpegPass(source, position, filter, path)) ||
            takeFirst(source, filter, path);
 }

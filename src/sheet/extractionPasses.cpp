@@ -92,12 +92,13 @@ QString thumbnailFilter(const SourceDico &source, const QSize &size)
     return filled(u"%@%@%@scale=%ld:%ld,setsar=1/1",
                   mayBeAnyPicture ? QStringView(u"") : intraSelection,
                   isProgressive ? QStringView(u"") : QStringView(u"yadif=1,"),
-                  standardRange(source), size.width(), size.height());
+                  standardRange(source, size), size.width(), size.height());
 }
 
-QString standardRange(const SourceDico &source)
+QString standardRange(const SourceDico &source, const QSize &size)
 {
-    return isHighDynamicRange(source) ? toneMapping(source, toneMapperOf(ffmpegPath())) : u""_s;
+    return isHighDynamicRange(source) ? toneMapping(source, size, toneMapperOf(ffmpegPath()))
+                                      : u""_s;
 }
 
 QStringList ffmpegPass(const SourceDico &source, double instant, const QString &filter,

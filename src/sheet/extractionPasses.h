@@ -24,7 +24,7 @@ int thumbnailIndex(const QString &path);
 QString thumbnailFilter(const SourceDico &source, const QSize &size);
 
 /// The tone mapping by itself, as ffmpegPath() can do it; empty for standard range.
-QString standardRange(const SourceDico &source);
+QString standardRange(const SourceDico &source, const QSize &size);
 
 /// The argument list that takes one picture at an instant (seconds).
 QStringList ffmpegPass(const SourceDico &source, double instant, const QString &filter,

@@ -53,10 +53,13 @@ QString rangeOf(const SourceDico &source)
     return named(read(source, Keys::v_range, 0), {"pc"_L1}, "tv"_L1);
 }
 
-QString zscaleMapping(const SourceDico &source)
+/// The size comes first: at that of a UHD source each step would hold 100 MB a picture.
+QString zscaleMapping(const SourceDico &source, const QSize &size)
 {
-    return u"zscale=tin=%1:min=%2:pin=%3:rin=%4:t=linear:npl=203,format=gbrpf32le,"
-           "zscale=p=bt709,tonemap=mobius:desat=0,zscale=t=bt709:m=bt470bg:r=pc,format=yuv444p,"_s
+    return u"zscale=w=%1:h=%2:f=bicubic:tin=%3:min=%4:pin=%5:rin=%6:t=linear:npl=203,"
+           "format=gbrpf32le,zscale=p=bt709,tonemap=mobius:desat=0,"
+           "zscale=t=bt709:m=bt470bg:r=pc,format=yuv444p,"_s.arg(size.width())
+               .arg(size.height())
                .arg(transferOf(source), matrixOf(source), primariesOf(source), rangeOf(source));
 }
 
@@ -79,14 +82,16 @@ QString forEachColour(const QString &expression)
 
 /// The Möbius curve is that of the other mapper for a light of up to 10 (tonemap's own
 /// assumption), which it makes 1; up to 0.3 nothing changes.
-QString tablesMapping(const SourceDico &source)
+QString tablesMapping(const SourceDico &source, const QSize &size)
 {
     const QString matrix = matrixOf(source).startsWith("bt2020"_L1) ? u"bt2020"_s : u"auto"_s;
     const QString curve = u"clip(maxval*if(lte(ld(1),0.3),ld(1),"
                           "1.054444*(ld(1)-0.085353)/(ld(1)+0.454444)),0,maxval)"_s;
     const QString toBt709 = u"colorchannelmixer=1.6605:-0.5876:-0.0728:0:"
                             "-0.1246:1.1329:-0.0083:0:-0.0182:-0.1006:1.1187,"_s;
-    return u"scale=in_color_matrix=%1:in_range=%2,format=gbrp16le,"_s.arg(matrix, rangeOf(source)) +
+    return u"scale=%1:%2:in_color_matrix=%3:in_range=%4,format=gbrp16le,"_s.arg(size.width())
+               .arg(size.height())
+               .arg(matrix, rangeOf(source)) +
            forEachColour(lightOf(transferOf(source)) + curve) +
            (primariesOf(source) == "bt2020"_L1 ? toBt709 : QString()) +
            forEachColour(u"maxval*pow(val/maxval,1/2.4)"_s) + u"setparams=colorspace=gbr,"_s;
@@ -113,11 +118,11 @@ bool isHighDynamicRange(const SourceDico &source)
     return transfer == pq || transfer == hlg;
 }
 
-QString toneMapping(const SourceDico &source, ToneMapper mapper)
+QString toneMapping(const SourceDico &source, const QSize &size, ToneMapper mapper)
 {
     if (!isHighDynamicRange(source))
         return u""_s;
-    return mapper == ToneMapper::zscale ? zscaleMapping(source) : tablesMapping(source);
+    return mapper == ToneMapper::zscale ? zscaleMapping(source, size) : tablesMapping(source, size);
 }
 
 bool isToneMapped(const QString &filter)

@@ -2,6 +2,8 @@
 
 #include "classShared/sourceDico.h"
 
+#include <QSize>
+
 namespace vignar
 {
 
@@ -18,10 +20,10 @@ enum class ToneMapper {
 /// True for what is stored in PQ or HLG.
 bool isHighDynamicRange(const SourceDico &source);
 
-/// The piece of a filter text that makes full-range BT.709 pictures, ending with a comma;
-/// empty for a source of standard range. What the record does not tell is taken to be
-/// as BT.2100 has it.
-QString toneMapping(const SourceDico &source, ToneMapper mapper);
+/// The piece of a filter text that makes full-range BT.709 pictures of a size in pixels,
+/// ending with a comma; empty for a source of standard range. What the record does not
+/// tell is taken to be as BT.2100 has it.
+QString toneMapping(const SourceDico &source, const QSize &size, ToneMapper mapper);
 
 /// True when a filter text holds such a piece.
 bool isToneMapped(const QString &filter);

@@ -147,7 +147,8 @@ void TestColours::picturesShowTheColoursOfTheSource()
     const SourceDico source = recordOf(path, clip);
     QString filter = thumbnailFilter(source, clip.size);
     if (usesTables)
-        filter.replace(standardRange(source), toneMapping(source, ToneMapper::tables));
+        filter.replace(standardRange(source, clip.size),
+                       toneMapping(source, clip.size, ToneMapper::tables));
     // A run-up, which tone mapping has a shortcut for, must find the same picture.
     const QStringList pass = ffmpegPass(source, 1, filter, folder.filePath(u"1.jpg"_s));
     for (const QStringList &each : {pass, withRunUp(pass)}) {
