@@ -7,6 +7,7 @@
 #include "tasks/toolPlaces.h"
 #include "tasks/workFolder.h"
 
+#include <QImage>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
@@ -32,21 +33,30 @@ class TestSheetOptions : public QObject
                    : QString();
     }
 
+    /// What became of a source; answer is that to every question about existing files.
+    SheetOutcome made(const QString &source, int format, int answer = -1) const
+    {
+        RecordingOutlets outlets;
+        outlets.destination = m_destination->path();
+        outlets.format = format;
+        appDelegate application(outlets);
+        application.draggedFiles({source});
+        if (!QTest::qWaitFor([&outlets] { return outlets.analysisEnds == 1; }, patience))
+            return {};
+        if (answer >= 0)
+            prefWrite(RunKeys::replaceFilesCheck, answer);
+        const bool isMade =
+            application.iba_batchGoBt() &&
+            QTest::qWaitFor([&outlets] { return outlets.batchEnds == 1; }, patience);
+        return isMade ? outlets.outcomes.value(0) : SheetOutcome();
+    }
+
     /// The times on the sheet of a source, in their order.
     QStringList shownTimes(const QString &source)
     {
         m_destination = std::make_unique<QTemporaryDir>();
-        RecordingOutlets outlets;
-        outlets.destination = m_destination->path();
-        outlets.format = 0;
-        appDelegate application(outlets);
-        application.draggedFiles({source});
-        const auto analysed = [&outlets] { return outlets.analysisEnds == 1; };
-        if (!QTest::qWaitFor(analysed, patience) || !application.iba_batchGoBt() ||
-            !QTest::qWaitFor([&outlets] { return outlets.batchEnds == 1; }, patience))
-            return {};
         QProcess reader;
-        reader.start(u"pdftotext"_s, {u"-layout"_s, outlets.outcomes.value(0).sheet, u"-"_s});
+        reader.start(u"pdftotext"_s, {u"-layout"_s, made(source, 0).sheet, u"-"_s});
         reader.waitForFinished();
         QStringList times;
         static const QRegularExpression time(u"\\d:\\d\\d:\\d\\d\\.\\d\\d"_s);
@@ -114,6 +124,23 @@ private Q_SLOTS:
         QCOMPARE(shownTimes(single),
                  (QStringList{u"0:00:01.70"_s, u"0:00:06.70"_s, u"0:00:13.40"_s, u"0:00:20.00"_s,
                               u"0:00:26.70"_s, u"0:00:33.40"_s}));
+    }
+
+    void seekPreviewsOfOthersAreKept()
+    {
+        prefWrite(Prefs::prefWebVtt, 1);
+        const QString clip = makeClip(u"web.mkv"_s, u"testsrc2=s=320x180:r=10:d=12"_s, {u"-y"_s});
+        m_destination = std::make_unique<QTemporaryDir>();
+        QFile mine(m_destination->filePath(u"web-index-sprite.jpg"_s));
+        QVERIFY(mine.open(QIODevice::WriteOnly) && mine.write("my photo") == 8);
+        mine.close();
+        const SheetOutcome kept = made(clip, 1, 0);
+        QVERIFY(kept.status == SheetOutcome::Status::made && !kept.previewNote.isEmpty());
+        QVERIFY(mine.size() == 8 && !QFile::exists(kept.vtt));
+        // The answer about the sheet, which exists now, is that about its preview.
+        const SheetOutcome replaced = made(clip, 1, 1);
+        QVERIFY(replaced.previewNote.isEmpty() && QFile::exists(replaced.vtt));
+        QCOMPARE(QImage(mine.fileName()).height(), 90);
     }
 
 private:
