@@ -12,7 +12,8 @@ out=$(realpath -- "$3")
 layouts=("${@:4}")
 [ ${#layouts[@]} -gt 0 ] || layouts=(big med min mix)
 
-pixels() { ffmpeg -nostdin -v error -i "file:$1" -f md5 -; }
+# Any character may be in a name, also those that ffmpeg reads as patterns.
+pixels() { ffmpeg -nostdin -v error -f image2 -pattern_type none -i "file:$1" -f md5 -; }
 
 # The date of a source stands on its sheet, and its folder too: both are the same twice.
 make_sheets() {
@@ -25,13 +26,16 @@ differing=0
 for layout in "${layouts[@]}"; do
     make_sheets plain "$layout" 1
     make_sheets fast "$layout" 0
-    while IFS=$'\t' read -r plain fast numbers; do
-        [ "$(pixels "$plain")" = "$(pixels "$fast")" ] && [ "$numbers" = same ] && continue
+    while IFS= read -r -d '' plain && IFS= read -r -d '' fast && IFS= read -r -d '' numbers; do
+        if [ "$numbers" = same ] && drawn=$(pixels "$plain") && [ "$drawn" = "$(pixels "$fast")" ]; then
+            continue
+        fi
         echo "DIFFERS $layout: $fast ($numbers)"
         differing=$((differing + 1))
     done < <(paste -d '\n' "$out/plain-$layout.jsonl" "$out/fast-$layout.jsonl" |
-        jq -rs '_nwise(2) | [.[0].sheet, .[1].sheet,
-            (if .[0].missing == .[1].missing then "same" else "\(.[0].missing) missing, \(.[1].missing) fast" end)] | @tsv')
+        jq -js '_nwise(2) | [.[0].sheet, .[1].sheet,
+            (if .[0].missing == .[1].missing then "same" else "\(.[0].missing) missing, \(.[1].missing) fast" end)]
+            | map("\(.)\u0000") | add')
     echo "$layout: $(jq -s 'map(.seconds) | add' "$out/plain-$layout.jsonl") s plain," \
         "$(jq -s 'map(.seconds) | add' "$out/fast-$layout.jsonl") s fast"
 done
