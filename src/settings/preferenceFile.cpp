@@ -174,11 +174,13 @@ FilePreferenceStore::FilePreferenceStore(QString path) : m_path(std::move(path))
 
 QVariant FilePreferenceStore::value(const QString &key) const
 {
+    const std::lock_guard lock(m_mutex);
     return m_values.value(key);
 }
 
 QStringList FilePreferenceStore::keys() const
 {
+    const std::lock_guard lock(m_mutex);
     return m_values.keys();
 }
 
@@ -195,7 +197,10 @@ void FilePreferenceStore::removeValue(const QString &key)
 void FilePreferenceStore::change(const QString &key, const QVariant &value)
 {
     m_unapplied.insert(key, value);
-    apply(m_unapplied, m_values);
+    {
+        const std::lock_guard lock(m_mutex);
+        apply(m_unapplied, m_values);
+    }
     const Result<void> applied = applyToFile();
     if (!applied && !m_isFailureTold)
         logLine(u"preferences         :-( '%@' kept in memory : %@", m_path, applied.reason());
@@ -217,6 +222,7 @@ Result<void> FilePreferenceStore::applyToFile()
     apply(m_unapplied, content.values);
     const Result<void> saved = save(m_path, content.values);
     if (saved) {
+        const std::lock_guard lock(m_mutex);
         m_values = content.values;
         m_unapplied.clear();
     }

@@ -41,6 +41,8 @@ private:
 
     QString m_path;
     Dico m_values;
+    /// Held for m_values alone, never while the disk is waited for.
+    mutable std::mutex m_mutex;
     /// Changes that the file does not hold yet; an invalid value removes its key.
     Dico m_unapplied;
     bool m_isFailureTold = false;

@@ -7,21 +7,25 @@ MemoryPreferenceStore::MemoryPreferenceStore(Dico values) : m_values(std::move(v
 
 QVariant MemoryPreferenceStore::value(const QString &key) const
 {
+    const std::lock_guard lock(m_mutex);
     return m_values.value(key);
 }
 
 QStringList MemoryPreferenceStore::keys() const
 {
+    const std::lock_guard lock(m_mutex);
     return m_values.keys();
 }
 
 void MemoryPreferenceStore::setValue(const QString &key, const QVariant &value)
 {
+    const std::lock_guard lock(m_mutex);
     m_values.insert(key, value);
 }
 
 void MemoryPreferenceStore::removeValue(const QString &key)
 {
+    const std::lock_guard lock(m_mutex);
     m_values.remove(key);
 }
 

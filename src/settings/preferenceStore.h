@@ -5,11 +5,13 @@
 #include <QStringList>
 
 #include <memory>
+#include <mutex>
 
 namespace vignar
 {
 
-/// Keys to numbers, texts, lists and dictionaries. Main thread only.
+/// Keys to numbers, texts, lists and dictionaries. Changed on the main thread only, read on
+/// any.
 class PreferenceStore
 {
 public:
@@ -37,10 +39,11 @@ public:
 
 private:
     Dico m_values;
+    mutable std::mutex m_mutex;
 };
 
 /// The store that the free functions of preferences.h use; a MemoryPreferenceStore
-/// until a program sets another; null restores one.
+/// until a program sets another, while nothing reads on other threads; null restores one.
 PreferenceStore &sharedPreferenceStore();
 void setSharedPreferenceStore(std::unique_ptr<PreferenceStore> store);
 
