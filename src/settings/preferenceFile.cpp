@@ -222,7 +222,7 @@ Result<void> FilePreferenceStore::applyToFile()
     apply(m_unapplied, content.values);
     const Result<void> saved = save(m_path, content.values);
     if (saved) {
-        const std::lock_guard lock(m_mutex);
+        const std::lock_guard values(m_mutex);
         m_values = content.values;
         m_unapplied.clear();
     }
