@@ -33,11 +33,16 @@ QString decodedLine(QByteArrayView line)
 
 } // namespace
 
+void bindChild(QProcess &process)
+{
+    process.setChildProcessModifier([parent = ::getpid()] { bindToParent(parent); });
+}
+
 void prepareChild(QProcess &process)
 {
     process.setProcessEnvironment(toolEnvironment());
     process.setStandardInputFile(QProcess::nullDevice());
-    process.setChildProcessModifier([parent = ::getpid()] { bindToParent(parent); });
+    bindChild(process);
 }
 
 Pipeline makePipeline(const QList<QStringList> &stages)

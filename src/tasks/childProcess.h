@@ -9,13 +9,16 @@
 namespace vignar
 {
 
-/// Prepares a process before its start: the tool's environment, standard input from
-/// nowhere, a session of its own, so that a Ctrl-C on our terminal is answered by us
-/// alone, and on Linux the kernel's promise that the child dies with us, kill -9
-/// included.
+/// Gives a process, before its start, a session of its own, so that a Ctrl-C on our
+/// terminal is answered by us alone, and on Linux the kernel's promise that the child dies
+/// with us, kill -9 included.
 ///
 /// The kernel ties the promise to the thread that starts the process: a thread other
 /// than the main one must outlive the children that it starts.
+void bindChild(QProcess &process);
+
+/// Prepares a tool before its start: its environment, standard input from nowhere, and
+/// what bindChild() does.
 void prepareChild(QProcess &process);
 
 /// The processes of a pipeline, first stage first.

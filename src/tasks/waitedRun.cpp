@@ -4,6 +4,9 @@
 #include "tasks/childProcess.h"
 
 #include <QDeadlineTimer>
+#include <QThread>
+
+#include <algorithm>
 
 namespace vignar
 {
@@ -11,15 +14,28 @@ namespace vignar
 namespace
 {
 
-/// False past the deadline.
+/// How long a thread that is asked to end may take to notice it, in milliseconds.
+constexpr qint64 noticeMs = 50;
+
+bool isInterrupted()
+{
+    return QThread::currentThread()->isInterruptionRequested();
+}
+
+/// False past the deadline and where the thread is asked to end.
 bool takeOutput(QProcess &process, const QDeadlineTimer &deadline,
                 const std::function<void(const QByteArray &)> &take)
 {
-    const auto remaining = [&deadline] { return static_cast<int>(deadline.remainingTime()); };
-    while (!deadline.hasExpired() && process.waitForReadyRead(remaining()))
-        take(process.readAll());
-    // A tool may close its output long before it ends.
-    process.waitForFinished(remaining());
+    const auto slice = [&deadline] {
+        return static_cast<int>(std::min(noticeMs, deadline.remainingTime()));
+    };
+    while (process.state() != QProcess::NotRunning && !deadline.hasExpired() && !isInterrupted()) {
+        if (process.waitForReadyRead(slice()))
+            take(process.readAll());
+        else
+            // A tool may close its output long before it ends.
+            process.waitForFinished(slice());
+    }
     if (const QByteArray rest = process.readAll(); !rest.isEmpty())
         take(rest);
     return process.state() == QProcess::NotRunning;
@@ -29,6 +45,8 @@ bool takeOutput(QProcess &process, const QDeadlineTimer &deadline,
 
 bool runAndWait(const WaitedRun &run, const std::function<void(const QByteArray &)> &take)
 {
+    if (isInterrupted())
+        return false;
     Pipeline pipeline = makePipeline(run.stages);
     QProcess &last = *pipeline.back();
     last.setProcessChannelMode(run.channels);
@@ -37,7 +55,9 @@ bool runAndWait(const WaitedRun &run, const std::function<void(const QByteArray 
         process->start();
     }
     const bool hasEnded = takeOutput(last, QDeadlineTimer(run.limit), take);
-    if (!hasEnded)
+    if (!hasEnded && isInterrupted())
+        logLine(u"task           :-( given up '%@'", last.program());
+    else if (!hasEnded)
         logLine(u"task           :-( killed after %ld ms '%@'", run.limit.count(), last.program());
     endPipeline(pipeline);
     if (last.error() == QProcess::FailedToStart)

@@ -23,7 +23,8 @@ struct WaitedRun {
 
 /// Runs it without an event loop and hands over each chunk of the last stage's output
 /// as it comes. False when the last stage could not be started, or was still running
-/// at the limit and has been killed.
+/// at the limit, or when the thread was asked to end (QThread::requestInterruption()), and
+/// has been killed.
 bool runAndWait(const WaitedRun &run, const std::function<void(const QByteArray &)> &take);
 
 /// taskArray() with a limit of one's own.

@@ -7,11 +7,13 @@
 #include "tasks/workFolder.h"
 
 #include <QTest>
+#include <QThread>
 
 using namespace Qt::StringLiterals;
 using namespace vignar;
 
 static const QString yes = u"/usr/bin/yes"_s;
+static constexpr int patienceMs = 60'000;
 static const QString print = u"/usr/bin/printf"_s;
 
 class TestBlockingRuns : public QObject
@@ -40,6 +42,18 @@ private Q_SLOTS:
         QVERIFY(!runAndWait(run, [&pid](const QByteArray &chunk) { pid = chunk.toLongLong(); }));
         QVERIFY(pid > 0 && !QFileInfo::exists(u"/proc/%1"_s.arg(pid)));
         QVERIFY(taskArrayWithin({yes}, std::chrono::milliseconds(100)).isNull());
+    }
+
+    void toolIsKilledWithItsThread()
+    {
+        QString text = u"not run"_s;
+        const std::unique_ptr<QThread> thread(QThread::create([&text] {
+            text = taskArray({u"/bin/sh"_s, u"-c"_s, u"exec sleep 600"_s});
+        }));
+        thread->start();
+        thread->requestInterruption();
+        QVERIFY(thread->wait(patienceMs));
+        QVERIFY(text.isNull());
     }
 
     void reportKeepsHeadAndTail()
