@@ -2,7 +2,6 @@
 
 #include "analysis/durationRule.h"
 #include "analysis/mediaClasses.h"
-#include "analysis/sourceNotices.h"
 #include "classShared/lineLog.h"
 #include "classShared/sizes.h"
 
@@ -29,7 +28,7 @@ void fallBackToOneSecond(Dico &record, const DurationContext &context)
 {
     logLine(u"w_duration          :-( no duration found for '%@'", context.srcPath);
     if (context.isUsable)
-        noticeUnknownDuration(context.srcPath);
+        context.notify(unknownDurationNotice(context.srcPath));
     write(record, Keys::w_duration, 1);
 }
 
@@ -48,7 +47,7 @@ void checkDvd(Dico &record, const DurationContext &context)
     if (checked.seconds != stated)
         write(record, Keys::w_duration, checked.seconds);
     if (checked.isTimecodeBroken)
-        noticeBrokenTimecode();
+        context.notify(brokenTimecodeNotice());
 }
 
 void checkTransport(Dico &record, const DurationContext &context)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "analysis/sourceNotices.h"
 #include "classShared/sourceDico.h"
 
 #include <functional>
@@ -16,6 +17,7 @@ struct DurationContext {
     /// Reads the stream through and answers its seconds, 1 or below on failure; empty where
     /// that is not possible.
     std::function<int()> measure;
+    NoticeOutlet notify = &showNotice;
 };
 
 /// Gives the record a duration where the readers state none or one that cannot be, and

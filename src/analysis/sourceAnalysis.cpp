@@ -7,7 +7,6 @@
 #include "analysis/fieldOrder.h"
 #include "analysis/mediaClasses.h"
 #include "analysis/mergeRules.h"
-#include "analysis/sourceNotices.h"
 #include "analysis/streamKeys.h"
 #include "classShared/files.h"
 #include "classShared/lineLog.h"
@@ -176,7 +175,8 @@ void SourceAnalysis::judgeReport()
         if (!report.contains(oddity, Qt::CaseInsensitive))
             continue;
         logLine(u"%@", oddity);
-        noticeForDevelopers(m_input.srcPath, oddity);
+        if constexpr (isVerbose())
+            m_readers.notify({m_input.srcPath, oddity, AlertStyle::warning, 30});
         break;
     }
     switch (reportVerdict(report)) {
@@ -269,6 +269,7 @@ void SourceAnalysis::settleDuration()
 {
     DurationContext context;
     context.srcPath = m_input.srcPath;
+    context.notify = m_readers.notify;
     context.isUsable = !m_isSkipFfmpeg || !m_isSkipQt;
     context.hasMpeg2Demultiplexer =
         m_readers.movieFramework && m_readers.movieFramework->hasMpeg2Demultiplexer();
@@ -300,7 +301,7 @@ void SourceAnalysis::warnOfLostSound() const
     if (m_record.contains(Keys::a_codec(0)) || !isMpegVideo ||
         isMpegElementaryExtension(m_extension) || !m_isSkipFfmpeg || m_isSkipQt)
         return;
-    noticeLostSound(m_input.srcPath);
+    m_readers.notify(lostSoundNotice(m_input.srcPath));
 }
 
 void SourceAnalysis::testMovieDecoding()

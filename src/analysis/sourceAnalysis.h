@@ -1,6 +1,7 @@
 #pragma once
 
 #include "analysis/movieFramework.h"
+#include "analysis/sourceNotices.h"
 #include "classShared/result.h"
 
 #include <QSize>
@@ -33,6 +34,8 @@ struct AnalysisReaders {
     std::function<std::optional<Dico>(const QString &report)> ptsDtsOffsetMs;
     std::function<QString(const QString &path)> idet;
     std::function<int(const QString &path)> durationM2v;
+    /// What the user is to be told of the source.
+    NoticeOutlet notify = &showNotice;
 };
 
 /// The MPEG reader and the probes that run ffmpeg, beside the platform's framework, which
@@ -40,7 +43,7 @@ struct AnalysisReaders {
 AnalysisReaders systemReaders(MovieFramework *movieFramework);
 
 /// Reconciles the three readers into the record of one source, or says why it cannot
-/// be read.
+/// be read. On any thread where the readers, and what is notified, may be called there.
 Result<SourceDico> analyseSource(const AnalysisInput &input, const AnalysisReaders &readers);
 
 } // namespace vignar

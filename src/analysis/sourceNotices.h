@@ -1,17 +1,31 @@
 #pragma once
 
+#include "settings/alerts.h"
+
 #include <QString>
+
+#include <functional>
 
 namespace vignar
 {
 
-/// What the analysis tells the user while it runs. Every notice closes itself, so that an
+/// What the analysis has to tell the user. It closes itself after so many seconds, so that an
 /// unattended run never waits.
+struct SourceNotice {
+    QString title;
+    QString text;
+    AlertStyle style = AlertStyle::warning;
+    int seconds = 0;
+};
 
-void noticeUnknownDuration(const QString &srcPath);
-void noticeBrokenTimecode();
-void noticeLostSound(const QString &srcPath);
-/// Shown with the developers' switch alone.
-void noticeForDevelopers(const QString &srcPath, const QString &text);
+/// Where notices go; the analysis may run on any thread.
+using NoticeOutlet = std::function<void(const SourceNotice &)>;
+
+/// Shows it at once. Main thread only.
+void showNotice(const SourceNotice &notice);
+
+SourceNotice unknownDurationNotice(const QString &srcPath);
+SourceNotice brokenTimecodeNotice();
+SourceNotice lostSoundNotice(const QString &srcPath);
 
 } // namespace vignar

@@ -2,7 +2,9 @@
 
 #include "analysis/sourceAnalysis.h"
 #include "app/outlets.h"
+#include "app/rowMaker.h"
 #include "app/stepTable.h"
+#include "tasks/backgroundRun.h"
 
 #include <QObject>
 
@@ -13,8 +15,10 @@ class BatchList;
 class ProgressReporter;
 
 /// Walks the pending sources through the analysis, one step a call, and turns each into
-/// a row of the batch list. Its whole state is the marks and paths in the preference
-/// store.
+/// a row of the batch list. Marks and paths live in the preference store.
+///
+/// What takes time happens in tool runs and on other threads. The poster of one source is
+/// made while the next one is probed; rows and refusals come in the order of the sources.
 class AnalysisDriver : public QObject
 {
     Q_OBJECT
@@ -31,6 +35,9 @@ public:
 
     bool isActive() const { return m_isActive; }
 
+    /// The source that only its poster keeps from being a row; null: none.
+    QString sourceInTheMaking() const { return m_rowMaker.source(); }
+
     /// The marks in the order in which they are taken.
     static std::span<const Step<AnalysisDriver>> steps();
 
@@ -42,6 +49,11 @@ Q_SIGNALS:
     void ended();
 
 private:
+    struct ReadSource {
+        Result<SourceDico> record;
+        QList<SourceNotice> notices;
+    };
+
     // Steps.
     StepEnd begin();
     StepEnd startProbe();
@@ -52,18 +64,21 @@ private:
     StepEnd buildRecord();
     StepEnd finish();
 
+    static void setMark(QLatin1String mark);
     void again();
     void stop();
     void closeEarly();
     void takeNextSource();
     void showSource();
     void refuse(const QString &reason);
-    void storeRow();
+    void takeRecord(const ReadSource &read);
+    void startRow();
+    void rowEnded(const QString &source);
+    void waitForRow();
     QString report() const;
     bool isReportOfSuccess() const;
 
     Outlets &m_outlets;
-    BatchList &m_batch;
     ProgressReporter &m_reporter;
     AnalysisReaders m_readers;
     bool m_isActive = false;
@@ -71,6 +86,10 @@ private:
     int m_taken = 0;
     /// This ffmpeg can write decoded frames to a file.
     bool m_canWriteFrames = true;
+    /// The last step waits until the row at hand is there.
+    bool m_isWaitingForRow = false;
+    RowMaker m_rowMaker;
+    BackgroundRun<ReadSource> m_reading;
 };
 
 } // namespace vignar

@@ -3,7 +3,9 @@
 #include "classShared/format.h"
 #include "classShared/numbers.h"
 #include "classShared/paths.h"
+#include "settings/preferences.h"
 #include "sheet/extractionPasses.h"
+#include "sheet/fastPasses.h"
 #include "sheet/pictureMatrix.h"
 #include "tasks/blockingRuns.h"
 
@@ -36,6 +38,18 @@ bool take(const SourceDico &source, const QStringList &pass)
     return true;
 }
 
+/// In its quick form first, as the pictures of a sheet.
+bool takeIntra(const SourceDico &source, const QStringList &pass)
+{
+    if (!prefValue(Prefs::prefPlainPasses)) {
+        for (const FastRun &quick : intraRuns({{0, pass}}, source, 1)) {
+            if (take(source, quick.arguments))
+                return true;
+        }
+    }
+    return take(source, pass);
+}
+
 /// Without any seek: a recording that was interrupted before its index was written cannot
 /// be sought to its own start.
 bool takeFirst(const SourceDico &source, const QString &filter, const QString &path)
@@ -55,15 +69,16 @@ double posterPosition(const SourceDico &source)
     return 0;
 }
 
-bool makePoster(const SourceDico &source, const QString &path, PosterPicture picture)
+PosterPicture makePoster(const SourceDico &source, const QString &path)
 {
     const QSize size(posterWidth, posterHeight(source));
     const double position = posterPosition(source);
-    if (picture == PosterPicture::intra)
-        return take(source, ffmpegPass(source, position, thumbnailFilter(source, size), path));
+    if (takeIntra(source, ffmpegPass(source, position, thumbnailFilter(source, size), path)))
+        return PosterPicture::intra;
     const QString filter = standardRange(source, size) + filled(u"scale=160:%ld", size.height());
-    return take(source, ffmpegPass(source, position, filter, path)) ||
-           takeFirst(source, filter, path);
+    if (take(source, ffmpegPass(source, position, filter, path)) || takeFirst(source, filter, path))
+        return PosterPicture::any;
+    return PosterPicture::none;
 }
 
 } // namespace vignar

@@ -30,9 +30,12 @@ SessionState DesktopSession::state()
     for (int row = 0; row < batch.count(); ++row)
         state.rows.append({batch.row(row), m_model.fate(batch.sourcePath(row))});
 
+    if (const QString source = m_application.analysisDriver().sourceInTheMaking();
+        !source.isNull())
+        state.pending.append(source);
     const Dico pending = prefStored(RunKeys::analysisSrcPathesDico).value_or(Dico());
     const QString current = prefReadStr(RunKeys::analysisSrcPathStr);
-    if (current.startsWith(u'/'))
+    if (current.startsWith(u'/') && !state.pending.contains(current))
         state.pending.append(current);
     for (int number = 0; number < pending.size(); ++number)
         state.pending.append(pending.value(QString::number(number)).toString());

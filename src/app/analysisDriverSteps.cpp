@@ -1,0 +1,187 @@
+#include "app/analysisDriver.h"
+
+#include "analysis/ffReport.h"
+#include "app/decodedFrames.h"
+#include "app/progressReporter.h"
+#include "classShared/files.h"
+#include "classShared/lineLog.h"
+#include "classShared/paths.h"
+#include "settings/preferences.h"
+#include "settings/stringTables.h"
+#include "tasks/toolPlaces.h"
+#include "tasks/workFolder.h"
+
+#include <QCryptographicHash>
+#include <QFileInfo>
+
+namespace vignar
+{
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+QString framePath()
+{
+    return workFolder() + u"/frame.yuv"_s;
+}
+
+/// ffmpeg's own words, of old and of new versions, for a format that was left out when
+/// it was built.
+bool lacksFrameFormat(const QString &report)
+{
+    return report.contains(u"Requested output format 'yuv4mpegpipe' is not") ||
+           report.contains(u"Unknown output format 'yuv4mpegpipe'");
+}
+
+QString posterPath(const QString &srcPath)
+{
+    const QByteArray digest =
+        QCryptographicHash::hash(srcPath.toUtf8(), QCryptographicHash::Sha1).toHex();
+    return workFolder() + u"/poster-"_s + QString::fromLatin1(digest.left(16)) + u".jpg"_s;
+}
+
+} // namespace
+
+StepEnd AnalysisDriver::begin()
+{
+    setMark(RunKeys::analysisFfmpeg.text);
+    return StepEnd::again;
+}
+
+StepEnd AnalysisDriver::startProbe()
+{
+    const QString source = prefReadStr(RunKeys::analysisSrcPathStr);
+    const QString tool = ffmpegPath();
+    if (tool.isEmpty() || !pathExists(source)) {
+        refuse(localised(tool.isEmpty() ? u"V_reason_noFfmpeg"_s : u"V_reason_missing"_s));
+        setMark(RunKeys::analysisFin.text);
+        return StepEnd::again;
+    }
+    logDebug(u"analysis task       - begin");
+    // Frames of the source before must not speak for this one.
+    rmCocoa(framePath());
+    QStringList arguments{tool, u"-loglevel"_s, u"debug"_s, u"-fdebug"_s, u"ts"_s};
+    if (const QString forced = prefReadStr(Prefs::ffFileForceFormatStr); !forced.isEmpty())
+        arguments << u"-f"_s << forced;
+    arguments << u"-i"_s << source << u"-vframes"_s << u"10"_s << u"-pix_fmt"_s << u"yuv420p"_s
+              << u"-an"_s;
+    if (m_canWriteFrames)
+        arguments << u"-f"_s << u"yuv4mpegpipe"_s << u"-y"_s << framePath();
+    else
+        arguments << u"-c:v"_s << u"rawvideo"_s << u"-f"_s << u"null"_s << u"-y"_s
+                  << u"/dev/null"_s;
+    setMark(RunKeys::analysisFfmpegParse.text);
+    m_reporter.resetFailureWatch();
+    m_reporter.tasklauncherStart({arguments, 0, parseCollected, RunnerKind::analysis});
+    logDebug(u"analysis task       - end");
+    return StepEnd::running;
+}
+
+QString AnalysisDriver::report() const
+{
+    const QString text = m_reporter.analysisTaskVerboseMStr();
+    return text.trimmed().isEmpty() ? QString() : text;
+}
+
+bool AnalysisDriver::isReportOfSuccess() const
+{
+    // Names and titles are not ffmpeg's words: "Trial and error 1.mp4" is no failure.
+    const QString source = prefReadStr(RunKeys::analysisSrcPathStr);
+    return isFfmpegSuccess(withoutMetadata(withoutSourcePath(report(), source)));
+}
+
+StepEnd AnalysisDriver::testResult()
+{
+    if (report().isNull())
+        logLine(u"analysisTaskVerboseM:-( no useable info (analysisFfmpegResult)");
+    else
+        isReportOfSuccess();
+    setMark(RunKeys::analysisFfmpegParse.text);
+    return StepEnd::again;
+}
+
+StepEnd AnalysisDriver::judgeReport()
+{
+    const QString source = prefReadStr(RunKeys::analysisSrcPathStr);
+    if (report().isNull())
+        logLine(u"analysisTaskVerboseM:-( no useable info (analysisFfmpegResult)");
+    if (m_canWriteFrames && lacksFrameFormat(report())) {
+        // A report without frames still tells all but the field order.
+        m_canWriteFrames = false;
+        setMark(RunKeys::analysisFfmpeg.text);
+        return StepEnd::again;
+    }
+    bool isUsable = isReportOfSuccess();
+    if (!isUsable) {
+        logLine(u"Src not readable-ff :-( analysis failure");
+        // The detector also hears complaints about a few damaged pictures. Here the proof
+        // that a source is a movie is a picture of it that was decoded.
+        isUsable = holdsDecodedFrame(framePath()) ||
+                   (m_readers.movieFramework && m_readers.movieFramework->canDecode(source));
+    }
+    if (!isUsable)
+        refuse(localised(u"V_reason_unreadable"_s));
+    setMark(isUsable ? RunKeys::analysisDico.text : RunKeys::analysisFin.text);
+    return StepEnd::again;
+}
+
+StepEnd AnalysisDriver::startMediaInfo()
+{
+    const QString source = prefReadStr(RunKeys::analysisSrcPathStr);
+    const QString link = workFolder() + u"/mediainfoTmp."_s + QFileInfo(source).suffix();
+    rmCocoa(link);
+    ln_sCocoa(source, link);
+    setMark(RunKeys::analysisMediaInfoParse.text);
+    m_reporter.tasklauncherStart({{toolsFolder() + u"/mediainfo"_s, u"-f"_s, link},
+                                  0,
+                                  parseCollected,
+                                  RunnerKind::analysis});
+    return StepEnd::running;
+}
+
+StepEnd AnalysisDriver::takeMediaInfo()
+{
+    setMark(RunKeys::analysisDico.text);
+    return StepEnd::again;
+}
+
+StepEnd AnalysisDriver::buildRecord()
+{
+    setMark(RunKeys::analysisFin.text);
+    const AnalysisInput input{
+        prefReadStr(RunKeys::analysisSrcPathStr), report(), fieldOrderOfFrames(framePath()), {}};
+    rmCocoa(framePath());
+    const auto read = [input, readers = m_readers]() mutable -> ReadSource {
+        QList<SourceNotice> notices;
+        readers.notify = [&notices](const SourceNotice &notice) { notices.append(notice); };
+        Result<SourceDico> record = analyseSource(input, readers);
+        return {std::move(record), notices};
+    };
+    m_reading.start(this, read, [this](const ReadSource &answer) {
+        takeRecord(answer);
+        again();
+    });
+    return StepEnd::running;
+}
+
+void AnalysisDriver::takeRecord(const ReadSource &read)
+{
+    if (m_analysisStopInt == 1)
+        return;
+    for (const SourceNotice &notice : read.notices)
+        showNotice(notice);
+    const QString source = prefReadStr(RunKeys::analysisSrcPathStr);
+    if (!read.record) {
+        logLine(u"NON-COMPLIANT FILE  : %@", source);
+        refuse(read.record.reason());
+        return;
+    }
+    SourceDico record = *read.record;
+    write(record, Keys::srcPathStr, source);
+    prefWrite(RunKeys::imgPathStr, posterPath(source));
+    prefWriteDico(RunKeys::analysisSrcCurrentDico, record);
+}
+
+} // namespace vignar
