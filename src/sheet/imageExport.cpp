@@ -1,6 +1,7 @@
 #include "sheet/imageExport.h"
 
 #include "classShared/lineLog.h"
+#include "sheet/jpegReading.h"
 #include "sheet/pdfPage.h"
 #include "sheet/picturePlacement.h"
 
@@ -138,6 +139,9 @@ std::optional<QSize> imgSizes(const QString &path)
 
 QImage loadedPicture(const QString &path, const QSize &size)
 {
+    const QImage jpeg = jpegPicture(path, size);
+    if (!jpeg.isNull())
+        return jpeg;
     QImageReader reader;
     openReader(reader, path);
     if (!size.isEmpty())

@@ -4,17 +4,15 @@
 #include "sheet/extractionPasses.h"
 #include "sheet/plannedSource.h"
 #include "sheet/toneMapping.h"
+#include "sheet/turboJpeg.h"
 
 #include <QFile>
 #include <QRegularExpression>
-
-#include <turbojpeg.h>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <filesystem>
-#include <memory>
 #include <vector>
 
 namespace vignar
@@ -71,11 +69,6 @@ struct YccPicture {
         return {planes[0].samples.data(), planes[1].samples.data(), planes[2].samples.data()};
     }
 };
-
-struct TurboDeleter {
-    void operator()(void *handle) const { tjDestroy(handle); }
-};
-using TurboHandle = std::unique_ptr<void, TurboDeleter>;
 
 std::optional<YccPicture> decoded(const QByteArray &file)
 {

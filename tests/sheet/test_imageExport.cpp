@@ -2,9 +2,11 @@
 
 #include "sheet/diskPicture.h"
 #include "sheet/imageExport.h"
+#include "sheet/jpegReading.h"
 #include "sheet/richPictures.h"
 
 #include <QDir>
+#include <QImageReader>
 #include <QPainter>
 #include <QTemporaryDir>
 #include <QTest>
@@ -24,6 +26,33 @@ static QByteArray contentOf(const QString &path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+/// Rich in colours and edges, none of them on the borders of the format's blocks.
+static QImage colourful(const QSize &size)
+{
+    QImage image(size, QImage::Format_RGB32);
+    for (int y = 0; y < size.height(); ++y) {
+        for (int x = 0; x < size.width(); ++x)
+            image.setPixel(x, y, qRgb(x * 5 % 256, (x * y / 7) % 256, x / 13 % 2 ? 220 : y % 256));
+    }
+    return image;
+}
+
+/// Between any two channels of any two pixels.
+static int largestDifference(const QImage &one, const QImage &other)
+{
+    int largest = 0;
+    for (int y = 0; y < one.height(); ++y) {
+        for (int x = 0; x < one.width(); ++x) {
+            const QRgb a = one.pixel(x, y);
+            const QRgb b = other.pixel(x, y);
+            largest =
+                std::max({largest, std::abs(qRed(a) - qRed(b)), std::abs(qGreen(a) - qGreen(b)),
+                          std::abs(qBlue(a) - qBlue(b)), std::abs(qAlpha(a) - qAlpha(b))});
+        }
+    }
+    return largest;
 }
 
 class TestImageExport : public QObject
@@ -97,6 +126,55 @@ private Q_SLOTS:
         QVERIFY(half.open(QIODevice::WriteOnly) && half.write(whole.left(whole.size() / 2)) > 0);
         half.close();
         QVERIFY(loadedPicture(half.fileName()).isNull());
+    }
+
+    void jpegIsReadAsTheToolkitReadsIt_data()
+    {
+        QTest::addColumn<QSize>("size");
+        QTest::newRow("whole") << QSize();
+        QTest::newRow("half") << QSize(161, 121);
+        QTest::newRow("less than half") << QSize(130, 97);
+        QTest::newRow("a tile") << QSize(60, 45);
+        QTest::newRow("of another shape") << QSize(30, 100);
+        QTest::newRow("a few pixels") << QSize(3, 2);
+    }
+    void jpegIsReadAsTheToolkitReadsIt()
+    {
+        QFETCH(QSize, size);
+        const QString path = at(u"a.jpg"_s);
+        QVERIFY(imgExport(colourful({322, 242}), path, 0.9));
+        QImageReader reader(path);
+        if (!size.isEmpty())
+            reader.setScaledSize(size);
+        const QImage expected = reader.read();
+        const QImage picture = jpegPicture(path, size);
+        QCOMPARE(picture.size(), expected.size());
+        QCOMPARE(largestDifference(picture, expected), 0);
+    }
+
+    void jpegIsAveragedWhereItShrinksLittle()
+    {
+        const QString path = at(u"a.jpg"_s);
+        QVERIFY(imgExport(colourful({322, 242}), path, 0.9));
+        const QSize size(250, 188);
+        const QImage whole = QImageReader(path).read();
+        QCOMPARE(jpegPicture(path, size),
+                 whole.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
+    }
+
+    void otherPicturesAreLeftToTheToolkit()
+    {
+        QVERIFY(imgExport(colourful({32, 24}), at(u"a.png"_s), 0.9));
+        QVERIFY(imgExport(colourful({32, 24}).convertToFormat(QImage::Format_Grayscale8),
+                          at(u"gray.jpg"_s), 0.9));
+        QVERIFY(imgExport(colourful({32, 24}), at(u"a.jpg"_s), 0.9));
+        const QByteArray content = contentOf(at(u"a.jpg"_s));
+        QFile half(at(u"half.jpg"_s));
+        QVERIFY(half.open(QIODevice::WriteOnly));
+        half.write(content.first(content.size() / 2));
+        half.close();
+        for (const QString &name : {u"a.png"_s, u"gray.jpg"_s, u"half.jpg"_s, u"none.jpg"_s})
+            QVERIFY2(jpegPicture(at(name)).isNull(), qPrintable(name));
     }
 
     void whatAFormatCannotHoldIsRefused()
