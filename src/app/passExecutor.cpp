@@ -2,6 +2,7 @@
 
 #include "app/progressReporter.h"
 #include "classShared/lineLog.h"
+#include "settings/preferences.h"
 #include "sheet/extractionPasses.h"
 #include "sheet/pictureTimes.h"
 
@@ -30,8 +31,10 @@ bool isWritten(const QString &path)
 } // namespace
 
 PassExecutor::PassExecutor(QObject *parent)
-    : QObject(parent), m_processes(std::max(1, QThread::idealThreadCount()))
+    : QObject(parent), m_processes(prefValue(Prefs::prefPassProcesses))
 {
+    if (m_processes < 1)
+        m_processes = std::max(1, QThread::idealThreadCount());
     connect(&m_folderWatcher, &QFileSystemWatcher::directoryChanged, this,
             &PassExecutor::countLanded);
 }

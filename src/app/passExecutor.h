@@ -38,7 +38,7 @@ public:
     /// Kills what runs and gives up what waits; finished() follows.
     void terminate();
 
-    /// Processes that run at once: one a core, unless set.
+    /// Processes that run at once: what the preferences say, unless set.
     void setProcesses(int processes) { m_processes = processes; }
 
 Q_SIGNALS:

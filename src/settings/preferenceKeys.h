@@ -64,6 +64,9 @@ inline constexpr Key<QString> ffFileForceFormatStr{"ffFileForceFormatStr"};
 /// 1: the planned passes run as they stand, one after another, instead of in their quick
 /// form. No control shows it.
 inline constexpr Key<int> prefPlainPasses{"prefPlainPasses"};
+/// How many ffmpeg processes take the pictures of a sheet at once; 0: one a core. No control
+/// shows it.
+inline constexpr Key<int> prefPassProcesses{"prefPassProcesses"};
 /// 1: no credit line on the sheet. No control shows it.
 inline constexpr Key<int> bannerDisplayNo{"bannerDisplayNo"};
 
