@@ -11,6 +11,8 @@
 #include <QFileInfo>
 
 #include <cstdio>
+#include <optional>
+#include <utility>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -23,6 +25,9 @@ namespace
 {
 
 constexpr QByteArrayView byteOrderMark("\xEF\xBB\xBF");
+
+/// What waits for its release; nothing: the summary log is not held.
+std::optional<QString> heldSummary;
 
 QString logPath(const QString &name)
 {
@@ -83,12 +88,28 @@ QString summaryLogPath()
 
 int summaryLogAppend(const QString &text)
 {
+    if (heldSummary) {
+        *heldSummary += text;
+        return text.isNull() ? 0 : 1;
+    }
     const QString path = summaryLogPath();
     if (!QFile::exists(path)) {
         const QString now = QDateTime::currentDateTime().toString(u"yyyy-MM-dd HH:mm:ss"_s);
         appendTextToFile(path, filled(u"start date    : %@", now), true);
     }
     return text.isNull() ? 0 : appendTextToFile(path, text, false);
+}
+
+void holdSummaryLog()
+{
+    if (!heldSummary)
+        heldSummary = u""_s;
+}
+
+void releaseSummaryLog()
+{
+    if (const auto held = std::exchange(heldSummary, {}); held && !held->isEmpty())
+        summaryLogAppend(*held);
 }
 
 int appendTextToFile(const QString &path, const QString &text, bool withBom)

@@ -13,6 +13,12 @@ QString summaryLogPath();
 /// What appendTextToFile() returns; 0 for a null text.
 int summaryLogAppend(const QString &text);
 
+/// Keeps what is appended to the summary log from now on until its release, which appends
+/// it in one piece: the lines on one source stay together where several processes write.
+/// Main thread only.
+void holdSummaryLog();
+void releaseSummaryLog();
+
 /// Appends text as UTF-8, creating the file first (with a byte-order mark when asked).
 /// 1, or 0 for an empty path or text and when the file cannot be written.
 int appendTextToFile(const QString &path, const QString &text, bool withBom);
