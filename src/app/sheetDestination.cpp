@@ -125,11 +125,11 @@ SheetTarget sheetTarget(const QString &folder, const QString &srcPath, const She
     const bool isAlike = naming.sheetName.toCaseFolded() == title.toCaseFolded();
     const bool isOwnName = !naming.sheetName.isNull() && !isAlike;
     SheetTarget target;
-    for (int count = 1;; ++count) {
+    for (int count = naming.firstNumber;; ++count) {
         const QString number = count > 1 ? u"-"_s + QString::number(count) : QString();
         const QString base = folder + u'/' + title + number;
         target = {isOwnName ? folder + u'/' + naming.sheetName + number : base + naming.suffix,
-                  base + u".jpg"_s};
+                  base + u".jpg"_s, count};
         // Names that differ only in case are one name on many disks.
         QSet<QString> names{target.sheetFile(SheetFormat::jpeg).toCaseFolded(),
                             target.diskPicturePath.toCaseFolded()};

@@ -32,6 +32,8 @@ struct SheetTarget {
     /// Sheet path without extension.
     QString dstPath;
     QString diskPicturePath;
+    /// The number in the names of all its files; 1: none.
+    int number = 1;
 
     QString sheetFile(SheetFormat format) const { return sheetPath(dstPath, format); }
     /// The two files of a seek preview.
@@ -45,6 +47,8 @@ struct SheetNaming {
     /// The sheet's own name; null: the source's with the suffix.
     QString sheetName = {};
     bool isPreviewMade = false;
+    /// Smaller numbers belong to earlier sources of the same name.
+    int firstNumber = 1;
 };
 
 /// The target of a source in a folder. Where an earlier source of the same run has

@@ -53,7 +53,7 @@ SheetNaming sheetNaming(const SourceDico &source)
     const QString suffix =
         sheetSuffix(prefValue(Prefs::prefSuffix), isDiskPictureWanted(), defaultSuffix);
     return {suffix, nameFromTemplate(prefValue(Prefs::prefNameTemplate), source, suffix),
-            prefValue(Prefs::prefWebVtt) != 0};
+            prefValue(Prefs::prefWebVtt) != 0, read(source, Keys::sheetNumber).value_or(1)};
 }
 
 } // namespace vignar

@@ -91,6 +91,9 @@ inline constexpr StreamKey<QString> s_codec{'s', "codec"};
 inline constexpr Key<int> out{"out"};
 inline constexpr Key<int> dpi{"dpi"};
 
+/// The number from which a name for the sheet is sought; absent: 1, the name without one.
+inline constexpr Key<int> sheetNumber{"sheetNumber"};
+
 // The working record of the row being made ("processEncDico").
 inline constexpr Key<QString> dateCreation{"dateCreation"};
 inline constexpr Key<QString> dstPathStr{"dstPathStr"};

@@ -76,6 +76,12 @@ void TestSheetDestination::numbersSourcesOfOneName()
     // The disk picture of this one would bear the name of the first sheet.
     QCOMPARE(target(u"/c/clip-index.webm"_s).diskPicturePath, u"/d/clip-index-2.jpg"_s);
     QCOMPARE(target(u"/r/news.eyetv/0001.mpg"_s).dstPath, u"/d/news-index"_s);
+    // Who is told the number comes to the same name without knowing the others.
+    QSet<QString> none;
+    QCOMPARE(sheetTarget(u"/d"_s, u"/b/Clip.mkv"_s,
+                         {.suffix = u"-index"_s, .firstNumber = second.number}, none)
+                 .dstPath,
+             second.dstPath);
 }
 
 void TestSheetDestination::keepsLongNamesWritable()
