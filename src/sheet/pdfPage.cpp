@@ -47,6 +47,8 @@ bool writePdfPage(const QString &path, const PdfPage &page,
             return false;
         draw(painter);
     }
+    if (page.mayWrite && !page.mayWrite())
+        return false;
     // commit() alone overlooks a last buffer that could not be written.
     return file.flush() && file.commit();
 }

@@ -17,6 +17,8 @@ struct PdfPage {
     double dpi = 72;
     /// Document title; may be empty.
     QString title;
+    /// Asked once the page is drawn; no leaves what was there before.
+    std::function<bool()> mayWrite = {};
 };
 
 /// Writes a document of one page, drawn in its pixels, beside its final name and renamed

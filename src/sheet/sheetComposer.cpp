@@ -84,7 +84,8 @@ int quality(SheetFormat format, const SheetPalette &palette)
 }
 
 bool writePage(const QString &path, SheetFormat format, const SheetDrawing &sheet,
-               const SheetPictures &pictures, const PictureMetadata &metadata)
+               const SheetPictures &pictures, const PictureMetadata &metadata,
+               const std::function<bool()> &mayWrite)
 {
     QImage page(sheet.geometry.page, QImage::Format_RGB32);
     if (page.isNull())
@@ -95,6 +96,8 @@ bool writePage(const QString &path, SheetFormat format, const SheetDrawing &shee
         QPainter painter(&page);
         sheet.draw(painter, pictures);
     }
+    if (mayWrite && !mayWrite())
+        return false;
     const Result<void> written =
         writePicture(page, path, pictureFormat(format), quality(format, sheet.palette), metadata);
     if (!written)
@@ -133,7 +136,8 @@ QString sheetPath(const QString &dstPath, SheetFormat format)
     return dstPath + u'.' + sheetExtension(format);
 }
 
-Result<void> composeSheet(const Dico &display, SheetFormat format)
+Result<void> composeSheet(const Dico &display, SheetFormat format,
+                          const std::function<bool()> &mayWrite)
 {
     const QString dstPath = readStr(display, Keys::dstPathStr);
     const QString path = sheetPath(dstPath, format);
@@ -150,9 +154,10 @@ Result<void> composeSheet(const Dico &display, SheetFormat format)
     const PictureMetadata metadata = metadataOf(display, sheet->content);
     const bool isWritten =
         format == SheetFormat::pdf
-            ? writePdfPage(path, {sheet->geometry.page, pdfDpi, singleLine(metadata.title)},
+            ? writePdfPage(path,
+                           {sheet->geometry.page, pdfDpi, singleLine(metadata.title), mayWrite},
                            [&](QPainter &painter) { sheet->draw(painter, pictures); })
-            : writePage(path, format, *sheet, pictures, metadata);
+            : writePage(path, format, *sheet, pictures, metadata, mayWrite);
     logLine(u"sheet               :-%@ '%@'", isWritten ? u")"_s : u"("_s, path);
     if (!isWritten)
         return Failure{filled(localised(u"V_reason_writeSheet"_s), path)};

@@ -3,6 +3,8 @@
 #include "classShared/result.h"
 #include "classShared/sourceDico.h"
 
+#include <functional>
+
 namespace vignar
 {
 
@@ -18,10 +20,12 @@ SheetFormat pictureFormatOf(const QString &extension);
 QString sheetPath(const QString &dstPath, SheetFormat format);
 
 /// Draws the sheet of a display dictionary and writes it beside its final name, then
-/// renames it over that. Pictures that do not load are left out. The file carries its title
-/// and the name of the source (Keys::srcPathStr, may be absent). The reason of a failure
-/// names the path. Needs a QGuiApplication for its texts; a dictionary without colours
-/// takes them from the preferences.
-Result<void> composeSheet(const Dico &display, SheetFormat format);
+/// renames it over that, unless mayWrite, asked once the sheet is drawn, says no: that is
+/// a failure which leaves what was there. Pictures that do not load are left out. The file
+/// carries its title and the name of the source (Keys::srcPathStr, may be absent). The
+/// reason of a failure names the path. Needs a QGuiApplication for its texts; a dictionary
+/// without colours takes them from the preferences. Any thread.
+Result<void> composeSheet(const Dico &display, SheetFormat format,
+                          const std::function<bool()> &mayWrite = {});
 
 } // namespace vignar
