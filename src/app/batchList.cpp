@@ -35,6 +35,15 @@ bool BatchList::holdsSource(const QString &path) const
     return false;
 }
 
+int BatchList::waitingRow(int from) const
+{
+    for (int index = from; index < count(); ++index) {
+        if (resultat(index) == Puces::puce)
+            return index;
+    }
+    return -1;
+}
+
 void BatchList::append(const BatchEntry &row)
 {
     m_rows.append(row);

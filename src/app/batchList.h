@@ -24,6 +24,8 @@ public:
     QString sourcePath(int index) const;
     QString resultat(int index) const;
     bool holdsSource(const QString &path) const;
+    /// The first row from an index on that waits for its sheet, or -1.
+    int waitingRow(int from) const;
 
     /// Appends a row and opens the drawer that shows the list.
     void append(const BatchEntry &row);

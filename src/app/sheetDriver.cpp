@@ -50,22 +50,11 @@ SheetDriver::SheetDriver(Outlets &outlets, BatchList &batch, ProgressReporter &r
         if (kind == RunnerKind::main)
             again(stepProcesses);
     });
-    connect(&m_executor, &PassExecutor::landed, this, [this](int pictures) {
-        m_outlets.setProgressValue(ProgressBar::main, pictures);
-        m_outlets.setPercentText(RunnerKind::main, filled(u"%ld %%", 100 * pictures / m_planned));
-        showLanded(pictures);
-    });
-    connect(&m_executor, &PassExecutor::told, this,
-            [this](const QString &picture, double seconds) { m_shownAt[picture] = seconds; });
-    connect(&m_executor, &PassExecutor::finished, this, [this] {
-        m_outlets.setWheelSpinning(RunnerKind::main, false);
-        m_outlets.setProgressMaximum(ProgressBar::main, 0);
-        m_outlets.setPercentText(RunnerKind::main, {});
-        again(stepProcesses);
-    });
     connect(&m_batch, &BatchList::rowRemoved, this, [this](int index) {
         if (index < m_row)
             --m_row;
+        if (!m_batch.holdsSource(m_next.source()))
+            m_next.release();
     });
 }
 
@@ -122,7 +111,17 @@ bool SheetDriver::prepareDestinationFolder()
 void SheetDriver::encSend(const QString &stepName)
 {
     logDebug(u"stepNameStr         ? %@", stepName);
-    enc(stepName);
+    if (!m_isActive)
+        return;
+    // A step that was on its way when the batch was paused waits as well.
+    if (isPaused()) {
+        m_deferredStep = stepName;
+        return;
+    }
+    if (stepName == stepBatch)
+        takeNextRow();
+    else
+        takeStep();
 }
 
 void SheetDriver::again(const QString &stepName)
@@ -144,11 +143,14 @@ void SheetDriver::requestStop()
     m_taskStopInt = 1;
     m_isPausedByUser = false;
     m_isPausedByIntake = false;
-    if (m_executor.isRunning())
-        m_executor.terminate();
-    else if (m_reporter.isRunning(RunnerKind::main))
+    m_next.release();
+    m_blankCheck.cancel();
+    m_production.cancel();
+    if (m_pictures)
+        m_pictures->terminate();
+    if (m_reporter.isRunning(RunnerKind::main))
         m_reporter.tasklauncherTerminate(RunnerKind::main);
-    else if (!m_deferredStep.isEmpty())
+    if (!m_deferredStep.isEmpty())
         again(std::exchange(m_deferredStep, {}));
 }
 
@@ -161,7 +163,9 @@ void SheetDriver::pause()
 void SheetDriver::suspendRuns()
 {
     m_reporter.tasklauncherSuspend(RunnerKind::main);
-    m_executor.suspend();
+    if (m_pictures)
+        m_pictures->suspend();
+    m_next.suspend();
 }
 
 void SheetDriver::resume()
@@ -170,7 +174,9 @@ void SheetDriver::resume()
     if (isPaused())
         return;
     m_reporter.tasklauncherResume(RunnerKind::main);
-    m_executor.resume();
+    if (m_pictures)
+        m_pictures->resume();
+    m_next.resume();
     if (!m_deferredStep.isEmpty())
         again(std::exchange(m_deferredStep, {}));
 }
@@ -184,21 +190,6 @@ void SheetDriver::taskToSuspendTemporary(bool isToSuspend)
         resume();
 }
 
-void SheetDriver::enc(const QString &stepName)
-{
-    if (!m_isActive)
-        return;
-    // A step that was on its way when the batch was paused waits as well.
-    if (isPaused()) {
-        m_deferredStep = stepName;
-        return;
-    }
-    if (stepName == stepBatch)
-        takeNextRow();
-    else
-        takeStep();
-}
-
 void SheetDriver::takeNextRow()
 {
     if (m_taskStopInt == 1) {
@@ -207,10 +198,9 @@ void SheetDriver::takeNextRow()
         return;
     }
     const bool isRowInProgress = prefRead(RunKeys::encCurrentProcessingFile).isValid();
-    int index = isRowInProgress ? m_batch.encBatchInprogressRowIdentification() + 1 : 0;
-    while (index < m_batch.count() && m_batch.resultat(index) != Puces::puce)
-        ++index;
-    if (index >= m_batch.count()) {
+    const int index =
+        m_batch.waitingRow(isRowInProgress ? m_batch.encBatchInprogressRowIdentification() + 1 : 0);
+    if (index < 0) {
         endBatch();
         return;
     }
@@ -240,6 +230,7 @@ void SheetDriver::skipVanishedRow(int index)
 {
     const QString source = m_batch.sourcePath(index);
     logLine(u"current src does not exist anymore (-> skip to next one), current: %@", source);
+    m_next.release();
     prefWrite(RunKeys::encCurrentProcessingFile,
               index > 0 ? m_batch.sourcePath(index - 1) : beforeFirstRow);
     m_batch.select(index);
@@ -252,7 +243,9 @@ void SheetDriver::takeStep()
 {
     readChoices();
     settleLastPass();
-    if (m_taskStopInt == 1 && m_outcome && m_outcome->status != SheetOutcome::Status::stopped) {
+    const bool isSettled = m_outcome && (m_outcome->status == SheetOutcome::Status::stopped ||
+                                         m_outcome->status == SheetOutcome::Status::made);
+    if (m_taskStopInt == 1 && m_outcome && !isSettled) {
         m_outcome->status = SheetOutcome::Status::stopped;
         m_outcome->reason = localised(u"V_reason_stopped"_s);
         closeEarly();
@@ -271,17 +264,12 @@ void SheetDriver::readChoices()
     const Dico record = workingRecord();
     if (!m_outcome || m_row < 0 || contains(record, Keys::out))
         return;
-    m_layout = read(m_batch.row(m_row), Keys::out).value_or(mixLayout);
-    m_dpi = read(m_batch.row(m_row), Keys::dpi).value_or(1);
-    if (m_dpi > 0)
-        m_dpi =
-            prefValue(Prefs::prefComputerWidthAuto) ? 1280 : prefValue(Prefs::prefComputerWidth);
-    prefWriteChildDico(RunKeys::processEncDico, Keys::out, m_layout);
-    prefWriteChildDico(RunKeys::processEncDico, Keys::dpi, m_dpi);
-    logLine(u"dpi                 = %ld", m_dpi);
-    m_outcome->layout = m_layout;
-    m_outcome->format = m_dpi == 0 ? SheetFormat::pdf
-                                   : pictureFormatOf(prefValue(Prefs::prefSheetFormat));
+    m_choices = choicesOf(m_batch.row(m_row));
+    prefWriteChildDico(RunKeys::processEncDico, Keys::out, m_choices.layout);
+    prefWriteChildDico(RunKeys::processEncDico, Keys::dpi, m_choices.width);
+    logLine(u"dpi                 = %ld", m_choices.width);
+    m_outcome->layout = m_choices.layout;
+    m_outcome->format = m_choices.format;
 }
 
 void SheetDriver::closeEarly()
@@ -303,6 +291,7 @@ StepEnd SheetDriver::failRow(const QString &reason, SheetOutcome::Status status)
 void SheetDriver::endBatch()
 {
     logLine(u"enc ended           :-)");
+    m_next.release();
     prefDelete(RunKeys::processEncDico);
     prefDelete(RunKeys::encFin);
     prefDelete(RunKeys::encCurrentProcessingFile);

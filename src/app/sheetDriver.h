@@ -1,15 +1,13 @@
 #pragma once
 
+#include "app/nextRow.h"
 #include "app/outlets.h"
-#include "app/passExecutor.h"
-#include "app/sheetDestination.h"
+#include "app/rowChoices.h"
+#include "app/sheetProduction.h"
 #include "app/stepTable.h"
-#include "classShared/result.h"
-#include "sheet/blankPictures.h"
-#include "sheet/extractionFolder.h"
+#include "tasks/backgroundRun.h"
 
 #include <QElapsedTimer>
-#include <QHash>
 #include <QObject>
 
 #include <optional>
@@ -68,7 +66,13 @@ public:
     /// them.
     SheetTarget plannedTarget(const SourceDico &source, QSet<QString> &taken) const;
 
+    /// Sheet path without extension of the row whose pictures are taken ahead of its turn;
+    /// null when there is none.
+    QString dstPathAhead() const { return m_next.dstPath(); }
+
 Q_SIGNALS:
+    /// The row after the one being made has got its extraction folder.
+    void aheadBegun();
     /// The batch is over, by itself or stopped.
     void ended();
 
@@ -81,9 +85,7 @@ private:
     StepEnd planAgain();
     StepEnd endQuickTimeEncoding();
     StepEnd closeRow();
-
     static Dico workingRecord();
-    void enc(const QString &stepName);
     void again(const QString &stepName);
     bool prepareDestinationFolder();
     void takeNextRow();
@@ -94,25 +96,20 @@ private:
     void endBatch();
     void readChoices();
     void settleLastPass();
-    PassMap takePasses();
     StepEnd runAllPasses();
+    void passesEnded();
     void showLanded(int pictures);
+    void showStep(int pictures);
     void suspendRuns();
-
     Result<void> prepareRow();
-    Result<void> prepareFolder();
-    Result<void> askToReplace(const SheetTarget &target);
-    void askToReplacePreview(const SheetTarget &target);
-    bool mayReplace(const QString &path);
-    Result<void> checkSpace() const;
-    Result<void> planRow();
+    Result<void> takeFolder();
+    SheetPlan plannedSheet() const;
+    Result<void> usePlan(const SheetPlan &plan);
+    void beginNextRow();
     StepEnd failRow(const QString &reason, SheetOutcome::Status status);
-    bool takeBlanksAgain();
-    void correctColours() const;
-    Dico displayOfSheet() const;
-    Dico timecodesOfPictures(const Dico &display) const;
-    void makeDiskPicture(const QString &pictureFolder);
-    void makeSeekPreview(const Dico &display);
+    void takeBlanksAgain(const BlankCheck &check);
+    SheetProduction production() const;
+    void useProduct(const SheetProduct &product);
     void finishRow();
     void writeSummary() const;
     void startRun(const RunRequest &request);
@@ -120,7 +117,6 @@ private:
     Outlets &m_outlets;
     BatchList &m_batch;
     ProgressReporter &m_reporter;
-    PassExecutor m_executor;
 
     bool m_isActive = false;
     int m_taskStopInt = 0;
@@ -134,17 +130,21 @@ private:
     // The row being made; meaningful while m_outcome holds one.
     std::optional<SheetOutcome> m_outcome;
     int m_row = -1;
-    int m_layout = mixLayout;
-    int m_dpi = 0;
+    RowChoices m_choices;
     SheetTarget m_target;
-    ExtractionFolder m_folder;
-    int m_planned = 0;
-    std::vector<double> m_instants;
+    std::unique_ptr<RowPictures> m_pictures;
+    /// They have been taken, or begun, ahead of the row's turn.
+    bool m_isBegunAhead = false;
+    ThumbnailPlan m_plan;
     BlankRetakes m_retakes;
-    QHash<QString, double> m_shownAt; // picture file to seconds, as far as told
+    bool m_areBlanksSettled = false;
     QString m_lastPassKey;
     QStringList m_lastPass;
     QElapsedTimer m_clock;
+    NextRow m_next;
+    // Last, so that their threads have ended before anything else goes.
+    BackgroundRun<BlankCheck> m_blankCheck;
+    BackgroundRun<SheetProduct> m_production;
 };
 
 } // namespace vignar

@@ -52,39 +52,54 @@ StepEnd SheetDriver::runFfmpegPass()
     } else {
         prefWriteChildDico(RunKeys::processEncDico, Keys::appvgThFf, passes);
     }
-    showLanded(m_lastPassKey.toInt() + 1);
+    showStep(m_lastPassKey.toInt() + 1);
     startRun({m_lastPass, 0, parseIndeterminate, RunnerKind::main});
     return StepEnd::running;
-}
-
-PassMap SheetDriver::takePasses()
-{
-    PassMap passes;
-    const Dico stored = read(workingRecord(), Keys::appvgThFf).value_or(Dico());
-    for (auto pass = stored.cbegin(); pass != stored.cend(); ++pass)
-        passes.emplace(pass.key().toInt(), pass->toStringList());
-    prefDeleteChildDico0(RunKeys::processEncDico, Keys::appvgThFf);
-    return passes;
 }
 
 StepEnd SheetDriver::runAllPasses()
 {
     m_outlets.setActionText(RunnerKind::main, QFileInfo(m_outcome->source).fileName());
     m_outlets.setWheelSpinning(RunnerKind::main, true);
-    m_outlets.setProgressMaximum(ProgressBar::main, m_planned);
-    showLanded(0);
-    m_executor.start(takePasses(), workingRecord());
+    m_outlets.setProgressMaximum(ProgressBar::main, m_plan.count);
+    const Dico passes = read(workingRecord(), Keys::appvgThFf).value_or(Dico());
+    prefDeleteChildDico0(RunKeys::processEncDico, Keys::appvgThFf);
+    // Not before: what ends of a row begun ahead must not take a step beside this one.
+    connect(m_pictures.get(), &RowPictures::landed, this, &SheetDriver::showLanded,
+            Qt::UniqueConnection);
+    connect(m_pictures.get(), &RowPictures::finished, this, &SheetDriver::passesEnded,
+            Qt::UniqueConnection);
+    if (!std::exchange(m_isBegunAhead, false))
+        m_pictures->start(passes, workingRecord());
+    showStep(m_pictures->landedPictures());
+    if (!m_pictures->isRunning())
+        passesEnded();
     return StepEnd::running;
 }
 
+void SheetDriver::passesEnded()
+{
+    m_outlets.setWheelSpinning(RunnerKind::main, false);
+    m_outlets.setProgressMaximum(ProgressBar::main, 0);
+    m_outlets.setPercentText(RunnerKind::main, {});
+    again(u"encProcesses"_s);
+}
+
 void SheetDriver::showLanded(int pictures)
+{
+    m_outlets.setProgressValue(ProgressBar::main, pictures);
+    m_outlets.setPercentText(RunnerKind::main, filled(u"%ld %%", 100 * pictures / m_plan.count));
+    showStep(pictures);
+}
+
+void SheetDriver::showStep(int pictures)
 {
     // All have been there already.
     if (m_retakes.isUnderWay())
         return;
     m_outlets.setProgressValue(ProgressBar::steps, pictures);
     m_outlets.setStepsText(
-        filled(u"%@ %ld/%ld", localisedCapitalised(u"th"_s), pictures, m_planned));
+        filled(u"%@ %ld/%ld", localisedCapitalised(u"th"_s), pictures, m_plan.count));
 }
 
 void SheetDriver::settleLastPass()
@@ -97,7 +112,7 @@ void SheetDriver::settleLastPass()
     if (QFileInfo(pass.constLast()).size() > 0) {
         const QString report = m_reporter.lastWords(RunnerKind::main);
         if (const auto seconds = toldTime(report, pass, m_lastPassKey.toInt()))
-            m_shownAt[pass.constLast()] = *seconds;
+            m_pictures->setShownAt(pass.constLast(), *seconds);
         return;
     }
     logLine(u"th not extracted    :-( #%@ %@", m_lastPassKey,
@@ -118,110 +133,84 @@ void SheetDriver::startRun(const RunRequest &request)
         again(u"encProcesses"_s);
 }
 
-bool SheetDriver::takeBlanksAgain()
-{
-    const SourceDico source = planningInput(workingRecord(), m_layout);
-    if (!prefValue(Prefs::prefAvoidBlank) || usesMovieGrabber(source))
-        return false;
-    const Dico passes = m_retakes.nextRound(source);
-    if (!passes.isEmpty())
-        prefWriteChildDico(RunKeys::processEncDico, Keys::appvgThFf, passes);
-    return !passes.isEmpty();
-}
-
-void SheetDriver::correctColours() const
-{
-    const auto matrix = foreignMatrix(workingRecord());
-    if (!matrix)
-        return;
-    QThreadPool threads;
-    for (const QString &picture : extractedPictures(m_folder.path))
-        threads.start([picture, matrix] { convertToJpegMatrix(picture, *matrix); });
-    threads.waitForDone();
-}
-
 StepEnd SheetDriver::compose()
 {
-    if (takeBlanksAgain())
-        return StepEnd::again;
-    correctColours();
-    const Dico display = displayOfSheet();
+    const SourceDico source = planningInput(workingRecord(), m_choices.layout);
+    if (!m_areBlanksSettled && prefValue(Prefs::prefAvoidBlank) && !usesMovieGrabber(source)) {
+        m_blankCheck.start(
+            this, [retakes = m_retakes, source] { return checkBlanks(retakes, source); },
+            [this](const BlankCheck &check) { takeBlanksAgain(check); });
+        return StepEnd::running;
+    }
+    m_production.start(
+        this,
+        [production = production()] {
+            QThread *thread = QThread::currentThread();
+            return produceSheet(production, [thread] { return thread->isInterruptionRequested(); });
+        },
+        [this](const SheetProduct &product) { useProduct(product); });
+    beginNextRow();
+    return StepEnd::running;
+}
+
+void SheetDriver::takeBlanksAgain(const BlankCheck &check)
+{
+    m_retakes = check.retakes;
+    m_areBlanksSettled = check.passes.isEmpty();
+    if (!m_areBlanksSettled)
+        prefWriteChildDico(RunKeys::processEncDico, Keys::appvgThFf, check.passes);
+    again(u"encProcesses"_s);
+}
+
+SheetProduction SheetDriver::production() const
+{
+    const Dico planned = read(workingRecord(), Keys::appvgDisplay).value_or(Dico());
+    SheetProduction production{.display = sheetDisplay(planned, m_choices.layout),
+                               .format = m_outcome->format,
+                               .pictureFolder = m_pictures->folder(),
+                               .planned = m_plan.count,
+                               .shownAt = m_pictures->shownAt(),
+                               .retakes = m_retakes,
+                               .matrix = foreignMatrix(workingRecord())};
+    write(production.display, Keys::srcPathStr, m_outcome->source);
+    write(production.display, Keys::dstPathStr, m_target.dstPath);
+    if (m_choices.width > 0)
+        write(production.display, Keys::pageWidth, m_choices.width);
+    if (isDiskPictureWanted() && !m_outcome->isDiskPictureKept)
+        production.diskPicture = m_target.diskPicturePath;
+    if (prefValue(Prefs::prefWebVtt) && m_outcome->previewNote.isNull())
+        production.preview =
+            SeekPreview{.instants = m_plan.instants,
+                        .duration = read(workingRecord(), Keys::w_duration).value_or(0),
+                        .spritePath = m_target.spriteFile(),
+                        .vttPath = m_target.vttFile()};
+    return production;
+}
+
+void SheetDriver::useProduct(const SheetProduct &product)
+{
+    again(u"encProcesses"_s);
+    if (product.isStopped)
+        return;
     prefDeleteChildDico0(RunKeys::processEncDico, Keys::appvgDisplay);
-    m_outcome->thumbnails =
-        static_cast<int>(read(display, Keys::th).value_or(QStringList()).size());
-    m_outcome->missing = m_planned - m_outcome->thumbnails;
-    if (m_outcome->thumbnails == 0)
-        return failRow(localised(u"V_reason_noThumbnail"_s), SheetOutcome::Status::failed);
-    const Result<void> composed = composeSheet(display, m_outcome->format);
-    if (!composed)
-        return failRow(composed.reason(), SheetOutcome::Status::failed);
-    m_outcome->sheet = m_target.sheetFile(m_outcome->format);
+    m_outcome->thumbnails = product.thumbnails;
+    m_outcome->missing = m_plan.count - product.thumbnails;
+    if (!product.sheet) {
+        failRow(product.sheet.reason(), SheetOutcome::Status::failed);
+        return;
+    }
     m_outcome->status = SheetOutcome::Status::made;
-    makeDiskPicture(m_folder.path);
-    makeSeekPreview(display);
-    prefWriteChildDico(RunKeys::processEncDico, Keys::dstPathStr, m_outcome->sheet);
-    return StepEnd::again;
-}
-
-Dico SheetDriver::displayOfSheet() const
-{
-    Dico display =
-        sheetDisplay(read(workingRecord(), Keys::appvgDisplay).value_or(Dico()), m_layout);
-    write(display, Keys::srcPathStr, m_outcome->source);
-    write(display, Keys::dstPathStr, m_target.dstPath);
-    write(display, Keys::th, extractedPictures(m_folder.path));
-    if (contains(display, Keys::timecode))
-        write(display, Keys::timecode, timecodesOfPictures(display));
-    if (m_dpi > 0)
-        write(display, Keys::pageWidth, m_dpi);
-    return display;
-}
-
-Dico SheetDriver::timecodesOfPictures(const Dico &display) const
-{
-    Dico timecodes = read(display, Keys::timecode).value_or(Dico());
-    // Hundredths are cut off, and a time that was told comes out of two roundings.
-    constexpr double rounding = 0.001;
-    const auto show = [&timecodes](int index, double seconds) {
-        timecodes.insert(QString::number(index), timecodeText(seconds + rounding));
-    };
-    for (int index = 0; index < m_planned; ++index) {
-        const QString picture = thumbnailPath(m_folder.path, index);
-        if (m_shownAt.contains(picture))
-            show(index, m_shownAt.value(picture));
-    }
-    for (const auto &[index, instant] : m_retakes.replaced())
-        show(index, m_shownAt.value(m_retakes.furtherPath(index), instant));
-    return timecodes;
-}
-
-void SheetDriver::makeDiskPicture(const QString &pictureFolder)
-{
-    if (!isDiskPictureWanted())
-        return;
-    if (m_outcome->isDiskPictureKept ||
-        multimediaDiskThumb(pictureFolder, m_target.diskPicturePath))
+    m_outcome->sheet = m_target.sheetFile(m_outcome->format);
+    if (m_outcome->isDiskPictureKept || product.isDiskPictureMade)
         m_outcome->diskPicture = m_target.diskPicturePath;
-}
-
-void SheetDriver::makeSeekPreview(const Dico &display)
-{
-    if (!prefValue(Prefs::prefWebVtt))
-        return;
-    const bool isKept = !m_outcome->previewNote.isNull();
-    const SeekPreview preview{
-        .pictures = read(display, Keys::th).value_or(QStringList()),
-        .instants = m_instants,
-        .duration = read(workingRecord(), Keys::w_duration).value_or(0),
-        .pictureSize = {read(display, Keys::wTh).value_or(0), read(display, Keys::hTh).value_or(0)},
-        .spritePath = m_target.spriteFile(),
-        .vttPath = m_target.vttFile()};
-    if (const auto written = isKept ? Result<void>() : writeSeekPreview(preview); !written) {
-        m_outcome->previewNote = written.reason();
-        return;
+    const bool isPreviewKept = !m_outcome->previewNote.isNull();
+    if (isPreviewKept || product.isPreviewMade) {
+        m_outcome->sprite = m_target.spriteFile();
+        m_outcome->vtt = m_target.vttFile();
+    } else {
+        m_outcome->previewNote = product.previewFault;
     }
-    m_outcome->sprite = preview.spritePath;
-    m_outcome->vtt = preview.vttPath;
+    prefWriteChildDico(RunKeys::processEncDico, Keys::dstPathStr, m_outcome->sheet);
 }
 
 StepEnd SheetDriver::endQuickTimeEncoding()
@@ -244,9 +233,7 @@ StepEnd SheetDriver::closeRow()
 
 void SheetDriver::finishRow()
 {
-    if (!m_folder.path.isEmpty())
-        releaseExtractionFolder(m_folder.path, m_folder.made);
-    m_folder = {};
+    m_pictures.reset();
     m_outcome->seconds = double(m_clock.elapsed()) / 1000.0;
     const bool isMade = m_outcome->status == SheetOutcome::Status::made;
     if (m_batch.resultat(m_row) == Puces::puceCurrent)

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "app/batchEntry.h"
+#include "sheet/sheetComposer.h"
+
+namespace vignar
+{
+
+/// What a row is made as now, from its own choices and the preferences.
+struct RowChoices {
+    int layout = mixLayout;
+    /// Pixels across the sheet; 0 for a PDF.
+    int width = 0;
+    SheetFormat format = SheetFormat::jpeg;
+};
+
+RowChoices choicesOf(const BatchEntry &row);
+
+} // namespace vignar
