@@ -2,6 +2,7 @@
 
 #include "app/batchList.h"
 #include "settings/stringTables.h"
+#include "shell/choiceRow.h"
 
 #include <QFileInfo>
 #include <QTextDocument>
@@ -44,8 +45,7 @@ QString folderOf(const QString &source)
 
 QString choiceText(int layout, int format)
 {
-    const QString formatText = localised(format == 0 ? u"V_format_pdf"_s : u"V_format_jpeg"_s);
-    return withoutMnemonic(layoutText(layout) + u" · "_s + formatText);
+    return withoutMnemonic(layoutText(layout) + u" · "_s + formatWords(format).name);
 }
 
 BatchModel::BatchModel(BatchList &batch, QObject *parent)
@@ -97,6 +97,11 @@ void BatchModel::setFate(const QString &source, const RowFate &fate)
 {
     m_fates.insert(source, fate);
     // Cheaper than to look for the row: views draw again only what they show.
+    choicesChanged();
+}
+
+void BatchModel::choicesChanged()
+{
     if (m_count > 0)
         Q_EMIT dataChanged(index(0), index(m_count - 1));
 }

@@ -52,6 +52,8 @@ public:
 
     /// Looks again which sources are there.
     void lookForSources();
+    /// The words for the choices of the rows are others now.
+    void choicesChanged();
 
 private:
     void rowAdded(int index);

@@ -1,7 +1,9 @@
 #include "shell/choiceRow.h"
 
 #include "classShared/sourceDico.h"
+#include "settings/preferences.h"
 #include "settings/stringTables.h"
+#include "sheet/sheetComposer.h"
 #include "shell/colours.h"
 #include "shell/layoutPicture.h"
 
@@ -116,12 +118,19 @@ void ChoiceRow::add(int value, const QString &words, const QString &explanation,
                     const QSize &pictureSize, const IconPainter &picture)
 {
     auto *button = new ChoiceButton(pictureSize, picture, this);
+    m_group->addButton(button, value);
+    m_row->insertWidget(m_row->count() - 1, button);
+    rename(value, words, explanation);
+}
+
+void ChoiceRow::rename(int value, const QString &words, const QString &explanation)
+{
+    QAbstractButton *button = m_group->button(value);
     button->setText(words);
     button->setToolTip(explanation);
     button->setAccessibleName(m_title + u": "_s + QString(words).remove(u'&'));
     button->setAccessibleDescription(explanation);
-    m_group->addButton(button, value);
-    m_row->insertWidget(m_row->count() - 1, button);
+    button->updateGeometry();
 }
 
 int ChoiceRow::chosen() const
@@ -161,15 +170,37 @@ ChoiceRow *makeLayoutChooser(QWidget *parent)
 ChoiceRow *makeFormatChooser(QWidget *parent)
 {
     auto *chooser = new ChoiceRow(localised(u"V_format"_s), parent);
-    const auto add = [chooser](int format, const QString &words, const QString &explanation) {
-        chooser->add(format, words, explanation, {42, 52},
+    for (const int format : {1, 0}) {
+        const FormatWords words = formatWords(format);
+        chooser->add(format, words.name, words.explanation, {42, 52},
                      [format](QPainter &painter, const QRectF &place, const QColor &colour) {
                          drawFormat(painter, place, format, colour);
                      });
-    };
-    add(1, localised(u"V_format_jpeg"_s), localised(u"V_format_jpegTip"_s));
-    add(0, localised(u"V_format_pdf"_s), localised(u"V_format_pdfTip"_s));
+    }
     return chooser;
+}
+
+void namePictureFormat(ChoiceRow &formats)
+{
+    const FormatWords words = formatWords(1);
+    formats.rename(1, words.name, words.explanation);
+}
+
+FormatWords formatWords(int format)
+{
+    const auto words = [](const QString &key) {
+        return FormatWords{localised(key), localised(key + u"Tip"_s)};
+    };
+    if (format == 0)
+        return words(u"V_format_pdf"_s);
+    switch (pictureFormatOf(prefValue(Prefs::prefSheetFormat))) {
+    case SheetFormat::png:
+        return words(u"V_format_png"_s);
+    case SheetFormat::webp:
+        return words(u"V_format_webp"_s);
+    default:
+        return words(u"V_format_jpeg"_s);
+    }
 }
 
 } // namespace vignar

@@ -24,6 +24,9 @@ public:
     void add(int value, const QString &words, const QString &explanation, const QSize &pictureSize,
              const IconPainter &picture);
 
+    /// Other words for a value that was added.
+    void rename(int value, const QString &words, const QString &explanation);
+
     /// The title for a place elsewhere, as in the first column of a form.
     QLabel *takeTitle();
 
@@ -43,7 +46,17 @@ private:
 
 /// The four layouts of a sheet (a Layout each).
 ChoiceRow *makeLayoutChooser(QWidget *parent);
-/// The two formats of a sheet: 1 JPEG, 0 PDF.
+/// The two formats of a sheet: 1 a picture, 0 PDF.
 ChoiceRow *makeFormatChooser(QWidget *parent);
+/// Names the picture as the preferences now have it: JPEG, PNG or WebP.
+void namePictureFormat(ChoiceRow &formats);
+
+struct FormatWords {
+    /// May hold a mnemonic.
+    QString name;
+    QString explanation;
+};
+/// Of one of the two formats, with the preferences as they are.
+FormatWords formatWords(int format);
 
 } // namespace vignar

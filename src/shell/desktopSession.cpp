@@ -18,7 +18,10 @@
 #include "shell/shellKeys.h"
 
 #include <QAction>
+#include <QClipboard>
 #include <QFileInfo>
+#include <QGuiApplication>
+#include <QMimeData>
 
 namespace vignar
 {
@@ -100,6 +103,7 @@ void DesktopSession::connectMenu()
     MainMenu &menu = m_window.menu();
     connect(menu.open, &QAction::triggered, this, &DesktopSession::showOpenPanel);
     connect(menu.openFolder, &QAction::triggered, this, &DesktopSession::showFolderPanel);
+    connect(menu.paste, &QAction::triggered, this, &DesktopSession::paste);
     connect(menu.openDestination, &QAction::triggered, this, &DesktopSession::openDestination);
     connect(menu.quit, &QAction::triggered, this, &DesktopSession::quit);
     connect(menu.go, &QAction::triggered, this, [this] { go(); });
@@ -125,6 +129,8 @@ void DesktopSession::preferencesChanged()
     m_window.layoutChooser().choose(prefValue(Prefs::prefCheckMatrix));
     m_window.formatChooser().choose(prefValue(Prefs::prefDpi) == 0 ? 0 : 1);
     m_window.destination().setPath(prefValue(Prefs::prefDefautDstPathStr));
+    namePictureFormat(m_window.formatChooser());
+    m_model.choicesChanged();
     updateChoiceHint();
 }
 
@@ -143,6 +149,15 @@ void DesktopSession::showFolderPanel()
 {
     if (const QStringList paths = chooseSourceFolder(m_window); !paths.isEmpty())
         openFiles(paths);
+}
+
+void DesktopSession::paste()
+{
+    const QMimeData *data = QGuiApplication::clipboard()->mimeData();
+    if (const QStringList paths = data ? localPaths(*data) : QStringList(); !paths.isEmpty())
+        Q_EMIT m_window.dropped(paths);
+    else
+        showSheetNotice(localised(u"V_paste_nothing"_s), {});
 }
 
 void DesktopSession::go(RowsToMake rows)

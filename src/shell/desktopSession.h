@@ -92,6 +92,7 @@ private:
     void updateChoiceHint();
     void showOpenPanel();
     void showFolderPanel();
+    void paste();
     void openDestination();
     void rememberDestination();
     void rowsChanged();

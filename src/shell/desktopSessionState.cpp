@@ -30,8 +30,7 @@ SessionState DesktopSession::state()
     for (int row = 0; row < batch.count(); ++row)
         state.rows.append({batch.row(row), m_model.fate(batch.sourcePath(row))});
 
-    if (const QString source = m_application.analysisDriver().sourceInTheMaking();
-        !source.isNull())
+    if (const QString source = m_application.analysisDriver().sourceInTheMaking(); !source.isNull())
         state.pending.append(source);
     const Dico pending = prefStored(RunKeys::analysisSrcPathesDico).value_or(Dico());
     const QString current = prefReadStr(RunKeys::analysisSrcPathStr);

@@ -88,7 +88,11 @@ QStringList HelpCommands::versions() const
     QStringList lines{u"Qt "_s + QString::fromLatin1(qVersion())};
     if (const QString version = ffmpegVersion(); !version.isNull())
         lines << version;
-    return lines + m_components;
+    for (const auto &component : m_components) {
+        if (const QString version = component(); !version.isEmpty())
+            lines << version;
+    }
+    return lines;
 }
 
 void HelpCommands::report()

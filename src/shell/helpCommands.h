@@ -3,6 +3,8 @@
 #include <QObject>
 #include <QStringList>
 
+#include <functional>
+
 namespace vignar
 {
 
@@ -17,8 +19,12 @@ class HelpCommands : public QObject
 public:
     HelpCommands(MainWindow &window, QObject *parent);
 
-    /// A further line for the about box, such as a library's name and version.
-    void addComponent(const QString &nameAndVersion) { m_components.append(nameAndVersion); }
+    /// A further line for the about box, such as a library's name and version; asked for
+    /// when the box opens.
+    void addComponent(std::function<QString()> nameAndVersion)
+    {
+        m_components.append(std::move(nameAndVersion));
+    }
 
     void iba_menuDebugToggle();
     void iba_openLocalizationFile();
@@ -30,7 +36,7 @@ private:
     void report();
 
     MainWindow &m_window;
-    QStringList m_components;
+    QList<std::function<QString()>> m_components;
 };
 
 /// "ffmpeg 5.1.6" of the ffmpeg in use; null when there is none.

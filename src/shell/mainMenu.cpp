@@ -51,6 +51,7 @@ void MainMenu::fillFile(QMenuBar &bar)
     open = add(menu, localised(u"V_menu_open"_s), u"document-open"_s, QKeySequence::Open);
     openFolder = add(menu, localised(u"V_menu_openFolder"_s), u"folder-open"_s,
                      Qt::CTRL | Qt::SHIFT | Qt::Key_O);
+    paste = add(menu, localised(u"V_menu_paste"_s), u"edit-paste"_s, QKeySequence::Paste);
     menu.addSeparator();
     recentDestinations = menu.addMenu(localised(u"V_menu_recent"_s));
     openDestination =

@@ -21,6 +21,7 @@ public:
 
     QAction *open;
     QAction *openFolder;
+    QAction *paste;
     QMenu *recentDestinations;
     QAction *openDestination;
     QAction *quit;

@@ -1,10 +1,11 @@
 #pragma once
 
+#include "app/batchEntry.h"
 #include "shell/player/previewPlayer.h"
 #include "shell/preferences/preferencesDialog.h"
 #include "shell/preferences/sheetPreview.h"
 
-#include <QPointer>
+#include <QDateTime>
 
 namespace vignar
 {
@@ -25,11 +26,23 @@ private:
     void showPreferences();
     void followWindow(PreferencesDialog &preferences);
     void preferenceChanged();
+    void closePreferences();
     void showSelectedRow();
+    QString madeSheet(const BatchEntry &row);
+
+    /// A sheet that was made, with the row's choices when it was first shown.
+    struct MadeSheet {
+        QString path;
+        QDateTime modified;
+        int layout = mixLayout;
+        int format = 1;
+        bool operator==(const MadeSheet &) const = default;
+    };
 
     DesktopSession &m_session;
     PreviewPlayer m_player;
     SheetPreview *m_sheet;
+    MadeSheet m_made;
     std::unique_ptr<PreferencesDialog> m_preferences;
 };
 

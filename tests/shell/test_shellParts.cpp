@@ -3,6 +3,7 @@
 #include "settings/preferences.h"
 #include "settings/stringTables.h"
 #include "shell/alertBoxes.h"
+#include "shell/choiceRow.h"
 #include "shell/desktopSession.h"
 #include "shell/mainMenu.h"
 #include "shell/remainingTime.h"
@@ -36,6 +37,7 @@ private Q_SLOTS:
     void logLinesOfOneSource();
     void marksOfTheRunStayInMemory();
     void brokenListIsKeptAside();
+    void formatTellsWhatIsMade();
     void alertTellsButtonAndCheckBox();
     void everyControlIsNamedAndReached_data();
     void everyControlIsNamedAndReached();
@@ -103,6 +105,20 @@ void TestShellParts::brokenListIsKeptAside()
     QVERIFY(saved.load().rows.isEmpty());
     QVERIFY(saved.save());
     QVERIFY(QFile::exists(path + u".broken"_s));
+}
+
+void TestShellParts::formatTellsWhatIsMade()
+{
+    setSharedPreferenceStore({});
+    const std::unique_ptr<ChoiceRow> formats(makeFormatChooser(nullptr));
+    const auto words = [&formats] { return formats->findChild<QAbstractButton *>()->text(); };
+    QCOMPARE(words(), localised(u"V_format_jpeg"_s));
+    prefWrite(Prefs::prefSheetFormat, u"webp"_s);
+    namePictureFormat(*formats);
+    QCOMPARE(words(), u"WebP"_s);
+    QVERIFY(choiceText(mixLayout, 1).endsWith(u"WebP"_s));
+    QVERIFY(choiceText(mixLayout, 0).endsWith(u"PDF"_s));
+    setSharedPreferenceStore({});
 }
 
 void TestShellParts::alertTellsButtonAndCheckBox()

@@ -13,6 +13,7 @@
 namespace vignar
 {
 
+using namespace Qt::StringLiterals;
 using namespace std::string_view_literals;
 
 namespace
@@ -75,6 +76,13 @@ constexpr Property properties[] = {
     {"track-list", MPV_FORMAT_NODE},    {"video-out-params", MPV_FORMAT_NODE},
 };
 
+/// The library refuses to work where the decimal sign is no point.
+void prepareNumbers()
+{
+    if (std::setlocale(LC_NUMERIC, nullptr) != "C"sv)
+        std::setlocale(LC_NUMERIC, "C");
+}
+
 void callBack(void *callback)
 {
     (*static_cast<std::function<void()> *>(callback))();
@@ -94,6 +102,19 @@ void MpvCore::EndRenderer::operator()(mpv_render_context *renderer) const
     mpv_render_context_free(renderer);
 }
 
+QString mpvVersion()
+{
+    prepareNumbers();
+    const std::unique_ptr<mpv_handle, void (*)(mpv_handle *)> core(mpv_create(),
+                                                                   mpv_terminate_destroy);
+    if (!core || mpv_initialize(core.get()) < 0)
+        return {};
+    // "mpv 0.35.1"
+    const std::unique_ptr<char, void (*)(void *)> version(
+        mpv_get_property_string(core.get(), "mpv-version"), mpv_free);
+    return u"lib"_s + QString::fromUtf8(version.get());
+}
+
 MpvCore::MpvCore(Callbacks callbacks) : m_callbacks(std::move(callbacks)) {}
 
 std::unique_ptr<MpvCore> MpvCore::create(Sound sound, Callbacks callbacks)
@@ -104,9 +125,7 @@ std::unique_ptr<MpvCore> MpvCore::create(Sound sound, Callbacks callbacks)
 
 bool MpvCore::start(Sound sound)
 {
-    // The library refuses to work where the decimal sign is no point.
-    if (std::setlocale(LC_NUMERIC, nullptr) != "C"sv)
-        std::setlocale(LC_NUMERIC, "C");
+    prepareNumbers();
     m_core.reset(mpv_create());
     if (!m_core)
         return false;

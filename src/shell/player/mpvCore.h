@@ -15,6 +15,9 @@ namespace vignar
 
 enum class Sound { device, none };
 
+/// "libmpv 0.35.1"; null where the library does not work.
+QString mpvVersion();
+
 /// One instance of libmpv that draws in memory. It reads the file that it is told to and
 /// nothing else: no configuration, script, subtitle or address beside or inside that.
 /// Destruction ends its threads and releases the file, also while that is opening.

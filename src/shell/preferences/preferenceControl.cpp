@@ -145,8 +145,9 @@ PreferenceControl makeFormatControl(const Edited &edited)
 {
     ChoiceRow *chooser = makeFormatChooser(nullptr);
     PreferenceControl control = makeChooser(chooser, 2, edited);
-    // Every format but 0 is a JPEG picture.
+    // Every format but 0 is a picture.
     control.show = [chooser](const QVariant &value) {
+        namePictureFormat(*chooser);
         chooser->choose(value.toInt() == 0 ? 0 : 1);
     };
     return control;

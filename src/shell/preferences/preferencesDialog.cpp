@@ -237,6 +237,8 @@ void PreferencesDialog::edited(const PreferenceRow &row)
     if (isPreset)
         keepOwnColours();
     store(row.key);
+    if (row.key == Prefs::prefSheetFormat.text)
+        setControl(Prefs::prefDpi, control(Prefs::prefDpi));
     if (row.action)
         perform(*row.action);
     updateDependents();

@@ -11,7 +11,12 @@
 #include "shell/preferences/previewPictures.h"
 #include "shell/preferences/sampleSource.h"
 
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QImageReader>
 #include <QPainter>
+#include <QPointer>
+#include <QThreadPool>
 
 namespace vignar
 {
@@ -23,6 +28,8 @@ namespace
 
 /// Room for the shadow around the page.
 constexpr int margin = 6;
+/// As much of a sheet as a preview shows on the finest screens.
+constexpr QSize largestPicture{2000, 2000};
 
 /// Between the record of a source and the layout that it was planned for, in one
 /// dictionary, so that one comparison tells whether a plan still holds.
@@ -31,6 +38,16 @@ SourceDico planningInputOf(const SourceDico &source, int layout)
     SourceDico input = SheetDriver::planningInput(source, layout);
     write(input, Keys::out, layout);
     return input;
+}
+
+/// The picture of a file, reduced while it is read; its whole size in size.
+QImage reducedPicture(const QString &path, QSize &size)
+{
+    QImageReader reader(path);
+    size = reader.size();
+    if (size.width() > largestPicture.width() || size.height() > largestPicture.height())
+        reader.setScaledSize(size.scaled(largestPicture, Qt::KeepAspectRatio));
+    return reader.read();
 }
 
 void paintShadow(QPainter &painter, const QRectF &page)
@@ -65,6 +82,34 @@ void SheetPreview::setRow(const SourceDico &source, std::optional<int> layout,
     m_row = Row{source, layout, pictures,
                 pictures.isEmpty() && !poster.isEmpty() ? loadedPicture(poster) : QImage()};
     m_planningInput.clear();
+    refresh();
+}
+
+void SheetPreview::setSheet(const QString &path)
+{
+    const Sheet sheet{path, QFileInfo(path).lastModified(), {}, {}};
+    if (sheet.path == m_sheet.path && sheet.modified == m_sheet.modified)
+        return;
+    m_sheet = sheet;
+    refresh();
+    if (path.isEmpty())
+        return;
+    // Large sheets take a moment to read.
+    QThreadPool::globalInstance()->start([sheet, self = QPointer<SheetPreview>(this)] {
+        Sheet read = sheet;
+        read.picture = reducedPicture(read.path, read.size);
+        QMetaObject::invokeMethod(qApp, [read, self] {
+            if (self)
+                self->takeSheet(read);
+        });
+    });
+}
+
+void SheetPreview::takeSheet(const Sheet &sheet)
+{
+    if (sheet.path != m_sheet.path || sheet.modified != m_sheet.modified)
+        return;
+    m_sheet = sheet;
     refresh();
 }
 
@@ -129,15 +174,35 @@ void SheetPreview::draw()
 {
     m_isStale = false;
     m_timer.stop();
-    plan();
     m_picture = {};
+    if (!m_sheet.picture.isNull()) {
+        drawMadeSheet();
+        return;
+    }
+    plan();
     if (m_pictures->count() == 0)
         m_description = localisedCapitalised(u"V_reason_noRow"_s);
     else
         drawSheet(sheetDisplay(m_planned, layoutIndex()));
+    tell();
+}
+
+void SheetPreview::tell()
+{
     setAccessibleDescription(m_description);
     update();
     Q_EMIT drawn();
+}
+
+void SheetPreview::drawMadeSheet()
+{
+    const QSize room = size().shrunkBy({margin, margin, margin, margin}) * devicePixelRatioF();
+    m_picture = m_sheet.picture.scaled(room.expandedTo({1, 1}), Qt::KeepAspectRatio,
+                                       Qt::SmoothTransformation);
+    m_picture.setDevicePixelRatio(devicePixelRatioF());
+    m_description = filled(localised(u"V_preview_made"_s), QString::number(m_sheet.size.width()),
+                           QString::number(m_sheet.size.height()));
+    tell();
 }
 
 void SheetPreview::drawSheet(const Dico &display)

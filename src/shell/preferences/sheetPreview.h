@@ -2,6 +2,7 @@
 
 #include "classShared/sourceDico.h"
 
+#include <QDateTime>
 #include <QImage>
 #include <QTimer>
 #include <QWidget>
@@ -30,6 +31,9 @@ public:
     /// in every cell.
     void setRow(const SourceDico &source, std::optional<int> layout = {},
                 const QStringList &pictures = {});
+    /// Shows a sheet that was made, a picture file, in place of how it will look; empty, or
+    /// a file that is no picture: no more.
+    void setSheet(const QString &path);
     /// Shows the sample again.
     void clearRow();
 
@@ -62,7 +66,18 @@ private:
         QImage poster;
     };
 
+    /// The file as it was when it was read.
+    struct Sheet {
+        QString path;
+        QDateTime modified;
+        QImage picture;
+        QSize size;
+    };
+
+    void takeSheet(const Sheet &sheet);
     void draw();
+    void drawMadeSheet();
+    void tell();
     void drawIfVisible();
     int layoutIndex() const;
     void plan();
@@ -70,6 +85,7 @@ private:
     void describe(const QSize &page);
 
     std::optional<Row> m_row;
+    Sheet m_sheet;
     /// What m_planned and m_pictures were made of.
     SourceDico m_planningInput;
     Dico m_planned;
