@@ -29,9 +29,9 @@ def h264(group: int, rate: str) -> tuple[str, ...]:
 
 
 HOUR = Source("1 h 1080p H.264, 10 s groups", "hour-10s.mp4", "1920x1080", 3600, 20.08,
-              h264(251, "2500k"))
+              h264(251, "5M"))
 FIVE_HOURS = Source("5 h 720p H.264 mkv", "five-hours.mkv", "1280x720", 18000, 20.08,
-                    h264(251, "600k"))
+                    h264(251, "400k"))
 TEN_MINUTES = Source("10 min of the same", "ten-minutes.mkv", "1280x720", 600, 20.08,
                      FIVE_HOURS.encoder)
 FULL = (
@@ -41,7 +41,7 @@ FULL = (
     Source("20 min 4K HEVC, 5 s groups", "4k.mkv", "3840x2160", 1200, 5.04,
            ("libx265", "-preset", "ultrafast", "-g", "126", "-x265-params", "log-level=error",
             "-b:v", "4M")),
-    Source("20 min 576p MPEG-2 ts", "mpeg2.ts", "720x576", 1200, 20,
+    Source("10 min 576p MPEG-2 ts", "mpeg2.ts", "720x576", 600, 20,
            ("mpeg2video", "-g", "12", "-bf", "2", "-b:v", "4M")),
     Source("10 min 1080p VP9 webm, 5 s groups", "vp9.webm", "1920x1080", 600, 10.08,
            ("libvpx-vp9", "-deadline", "realtime", "-cpu-used", "8", "-row-mt", "1", "-g", "126",
