@@ -55,10 +55,10 @@ FULL = (
     TEN_MINUTES,
 )
 QUICK = (
-    Source("30 s H.264, 10 s groups", "long-groups.mp4", "640x360", 30, 10.04, h264(251, "500k")),
-    Source("30 s MPEG-2 ts", "mpeg2.ts", "720x576", 30, 10,
+    Source("20 s H.264, 10 s groups", "long-groups.mp4", "640x360", 20, 10.04, h264(251, "500k")),
+    Source("20 s MPEG-2 ts", "mpeg2.ts", "720x576", 20, 10,
            ("mpeg2video", "-g", "12", "-bf", "2", "-b:v", "2M")),
-    Source("30 s Motion-JPEG avi", "mjpeg.avi", "640x360", 30, 10, ("mjpeg", "-q:v", "8")),
+    Source("20 s Motion-JPEG avi", "mjpeg.avi", "640x360", 20, 10, ("mjpeg", "-q:v", "8")),
 )
 CLIP = Source("10 s 720p H.264, 1 s groups", "clip.mp4", "1280x720", 10, 10.4, h264(26, "1M"))
 
