@@ -77,10 +77,22 @@ int picturesARun(qsizetype passes, const SourceDico &source, int processes)
     return std::clamp(share, 1, held);
 }
 
+/// These containers tell all of their streams in a header. Only the time at which the earliest
+/// of the streams begins, from which ffmpeg counts when it seeks, takes a look at the pictures.
+bool isToldByItsHeader(const SourceDico &source)
+{
+    const QString container = readStr(source, Keys::wrapper);
+    return read(source, Keys::w_offset) == 0.0 &&
+           (container.startsWith("mov,"_L1) || container.startsWith("matroska,"_L1));
+}
+
 /// Input options that leave out whatever the intra selection would drop anyway.
 QStringList intraOnly(const SourceDico &source)
 {
-    QStringList options{u"-skip_frame"_s, u"nointra"_s, u"-threads"_s, u"1"_s};
+    QStringList options;
+    if (isToldByItsHeader(source))
+        options << u"-nofind_stream_info"_s;
+    options << QStringList{u"-skip_frame"_s, u"nointra"_s, u"-threads"_s, u"1"_s};
     // These decoders hold pictures back to put them in order, of which intra pictures on
     // their own have no need.
     const QString codec = read(source, Keys::v_codec, 0).value_or(QString());
@@ -129,8 +141,13 @@ void appendStretchOutput(FastRun &run, const QStringList &arguments, double offs
 QStringList freeOfSelection(const QStringList &arguments)
 {
     QStringList pass = withoutIntraSelection(arguments);
-    if (const qsizetype filter = pass.indexOf(u"-vf"_s) + 1; filter > 0)
-        pass[filter] = tellingAsSubstitute(pass.at(filter));
+    if (const qsizetype filter = pass.indexOf(u"-vf"_s) + 1; filter > 0) {
+        // The tool goes on to filter what comes after the picture. De-interlacing looks at the
+        // next one.
+        const int needed = pass.at(filter).contains(u"yadif"_s) ? 2 : 1;
+        pass[filter] =
+            filled(u"trim=end_frame=%d,", needed) + tellingAsSubstitute(pass.at(filter));
+    }
     return pass;
 }
 

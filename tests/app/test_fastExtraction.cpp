@@ -63,7 +63,17 @@ class TestFastExtraction : public QObject
         write(source, Keys::v_codec, 0, codec);
         write(source, Keys::v_width, 0, 192);
         write(source, Keys::v_height, 0, 108);
+        write(source, Keys::wrapper, containerOf(name));
+        write(source, Keys::w_offset, 0.0);
         return source;
+    }
+
+    static QString containerOf(const QString &name)
+    {
+        if (name.endsWith(u".mp4"))
+            return u"mov,mp4,m4a,3gp,3g2,mj2"_s;
+        return name.endsWith(u".ts") || name.endsWith(u".avi") ? name.section(u'.', -1)
+                                                               : u"matroska,webm"_s;
     }
 
     static void runPlain(const PassMap &passes)
@@ -92,6 +102,14 @@ private Q_SLOTS:
         }
         QCOMPARE(taken.size(), 19U);
         QVERIFY(std::ranges::is_sorted(taken) && std::ranges::find(taken, 7) == taken.end());
+        // A seek counts from the start of the source, which has to be known or looked for.
+        const QString isNotLookedFor = u"-nofind_stream_info"_s;
+        write(source, Keys::wrapper, containerOf(u".mp4"_s));
+        for (const double start : {0.0, 0.5}) {
+            write(source, Keys::w_offset, start);
+            for (const FastRun &run : intraRuns(planned, source, 2))
+                QCOMPARE(run.arguments.contains(isNotLookedFor), start == 0);
+        }
         // Which of two streams ffmpeg takes is for it alone to say.
         write(source, Keys::v_codec, 1, u"mjpeg"_s);
         for (const FastRun &run : intraRuns(planned, source, 2))
