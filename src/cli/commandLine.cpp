@@ -19,6 +19,8 @@ using Command = CommandLine::Command;
 
 /// Pictures that one sheet may hold when their number is given.
 constexpr int mostThumbnails = 60;
+/// Each job takes a process and a few of the 1,024 files that a process may open.
+constexpr int mostJobs = 128;
 
 struct CommandName {
     QLatin1String name;
@@ -38,6 +40,7 @@ constexpr const char *layoutNames[] = {"big", "med", "min", "mix"};
 /// One option: its names, its help, the name of its value, and how it is taken in.
 struct OptionRow {
     QStringList names;
+    /// Empty: --help does not show it.
     QString help;
     QString valueName;
     QList<Command> commands;
@@ -121,6 +124,7 @@ Dico settableKeys()
     Dico keys = prefDefaults();
     keys.insert(Prefs::bannerDisplayNo, 0);
     keys.insert(Prefs::prefPlainPasses, 0);
+    keys.insert(Prefs::prefPassProcesses, 0);
     keys.insert(Prefs::ffFileForceFormatStr, QString());
     return keys;
 }
@@ -146,8 +150,11 @@ QString takeSetting(CommandLine &line, const QString &assignment)
 QString takeJobs(CommandLine &line, const QString &value)
 {
     bool isNumber = false;
-    line.jobs = value.toInt(&isNumber);
-    return isNumber && line.jobs > 0 ? QString() : wrongValue(value, u"a number of jobs"_s);
+    const int jobs = value.toInt(&isNumber);
+    if (!isNumber || jobs < 1 || jobs > mostJobs)
+        return wrongValue(value, u"a number of jobs from 1 to %1"_s.arg(mostJobs));
+    line.jobs = jobs;
+    return {};
 }
 
 const QList<OptionRow> &optionRows()
@@ -227,10 +234,20 @@ const QList<OptionRow> &optionRows()
          planning,
          takeSetting},
         {{u"jobs"_s},
-         u"Work on N sources at once (accepted; means 1 for now)."_s,
+         u"Work on N sources at once; half as many as there are cores unless given."_s,
          u"N"_s,
-         making,
+         {Command::sheet, Command::analyse},
          takeJobs},
+        // For the program's own use: a worker gets its sources from the process that has
+        // started it.
+        {{QString(workerOption)},
+         {},
+         u"DIR"_s,
+         every,
+         [](CommandLine &line, const QString &value) {
+             line.workerFolder = value;
+             return value.isEmpty() ? wrongValue(value, u"a folder"_s) : QString();
+         }},
     };
     return rows;
 }
@@ -245,8 +262,12 @@ void declareOptions(QCommandLineParser &parser)
     parser.addPositionalArgument(u"SOURCE"_s,
                                  u"Video files, folders (searched at any depth) and recordings."_s,
                                  u"SOURCE…"_s);
-    for (const OptionRow &row : optionRows())
-        parser.addOption(QCommandLineOption(row.names, row.help, row.valueName));
+    for (const OptionRow &row : optionRows()) {
+        QCommandLineOption option(row.names, row.help, row.valueName);
+        if (row.help.isEmpty())
+            option.setFlags(QCommandLineOption::HiddenFromHelp);
+        parser.addOption(option);
+    }
     parser.addOption({{u"h"_s, u"help"_s}, u"Print this help."_s});
     parser.addOption({u"version"_s, u"Print the version."_s});
 }

@@ -30,9 +30,15 @@ struct CommandLine {
     Existing existing = Existing::ask;
     /// Preference values that hold for this run alone.
     Dico settings;
-    int jobs = 1;
+    /// Sources worked on at once; nothing: as many as suit the machine.
+    std::optional<int> jobs;
+    /// Not empty: this process is a worker, whose scratch files go to this folder.
+    QString workerFolder;
     QStringList sources;
 };
+
+/// The option that makes a process a worker; its value is the worker's scratch folder.
+inline constexpr QLatin1String workerOption{"worker"};
 
 /// Reads the arguments (the program's name aside), or says what is wrong with them.
 Result<CommandLine> parseCommandLine(const QStringList &arguments);

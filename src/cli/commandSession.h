@@ -2,8 +2,8 @@
 
 #include "app/appDelegate.h"
 #include "app/signalWatcher.h"
-#include "cli/commandLine.h"
-#include "cli/sourceArguments.h"
+#include "cli/commandScreen.h"
+#include "cli/results.h"
 #include "cli/terminal.h"
 
 #include <QObject>
@@ -11,26 +11,21 @@
 namespace vignar
 {
 
-/// Exit statuses of the command line.
-enum ExitStatus { allMade = 0, someFailed = 1, wrongArguments = 2 };
-
-/// One command, from its sources to its exit status: a screen without a window in front
-/// of the same batch control.
-class CommandSession : public QObject, private Outlets
+/// One command whose sources are worked on one after another in this process: a screen
+/// without a window in front of the same batch control.
+class CommandSession : public QObject, private CommandScreen
 {
     Q_OBJECT
 
 public:
-    CommandSession(const CommandLine &line, ProgressLine &progress);
+    CommandSession(const CommandLine &line, ProgressLine &progress, Results &results,
+                   const QStringList &sources);
 
-    /// Runs the event loop until the command is done.
-    int run();
+    /// Runs the event loop until the command is done; false when it was interrupted.
+    bool run();
 
 private:
     // The screen.
-    int chosenLayout() const override;
-    int chosenFormat() const override;
-    QString destinationField() const override;
     void setProgressValue(ProgressBar bar, double value) override;
     void setProgressMaximum(ProgressBar bar, double maximum) override;
     void setActionText(RunnerKind kind, const QString &text) override;
@@ -40,22 +35,18 @@ private:
     void sheetFinished(const SheetOutcome &outcome) override;
     void batchEnded() override;
 
-    void beginSources();
-    bool isDestinationMissing() const;
     void rowAdded(int index);
-    void printPlan(const SourceDico &record);
-    void complain(const QString &source, const QString &reason);
+    QString planResult(const SourceDico &record);
     void showProgress();
     void interrupt();
     void quit();
 
-    const CommandLine m_line;
     ProgressLine &m_progress;
-    SourceArguments m_arguments;
+    Results &m_results;
+    const QStringList m_sources;
     SignalWatcher m_signals;
     appDelegate m_application;
     QSet<QString> m_taken;
-    bool m_hasFailure = false;
     /// Sheets that are finished, and the name and step of the one being made.
     int m_finished = 0;
     QString m_name;

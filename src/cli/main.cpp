@@ -1,7 +1,9 @@
 #include "classShared/lineLog.h"
 #include "cli/commandLine.h"
-#include "cli/commandSession.h"
+#include "cli/commandRun.h"
+#include "cli/terminal.h"
 #include "cli/terminalAlerts.h"
+#include "cli/worker.h"
 #include "settings/applicationPlaces.h"
 #include "settings/logFiles.h"
 #include "settings/preferenceFile.h"
@@ -11,7 +13,9 @@
 #include <QGuiApplication>
 #include <QJsonDocument>
 #include <QTemporaryDir>
+#include <QThread>
 
+#include <algorithm>
 #include <clocale>
 #include <csignal>
 #include <cstdio>
@@ -101,17 +105,33 @@ int complain(const QString &fault)
     return wrongArguments;
 }
 
-int runCommand(const CommandLine &line)
+/// One after another costs nothing but time; a process for each source at once costs memory,
+/// and gains little where one source's own tools keep the cores busy.
+int usualJobs()
+{
+    return std::max(1, QThread::idealThreadCount() / 2);
+}
+
+int runWorker(const CommandLine &line)
+{
+    // The folder goes with that of the process that has started us.
+    setWorkFolder(line.workerFolder);
+    return Worker(line).run();
+}
+
+int runCommand(const CommandLine &line, const QStringList &typed)
 {
     startOwnLogs(line.isVerbose);
     setUpPreferences(line);
+    if (!line.workerFolder.isEmpty())
+        return runWorker(line);
     if (!setUpWorkFolder(u"cli"_s)) {
         ProgressLine().print(u"vignar-cli: no folder for temporary files can be made"_s);
         return someFailed;
     }
     ProgressLine progress;
     setAlertPresenter(std::make_unique<TerminalAlerts>(progress));
-    const int status = CommandSession(line, progress).run();
+    const int status = runSources(line, progress, {line.jobs.value_or(usualJobs()), typed});
     setAlertPresenter({});
     removeWorkFolder();
     return status;
@@ -124,7 +144,8 @@ int main(int argc, char **argv)
     // Whoever reads the results may leave early; the sheets are still wanted, and so is
     // the cleaning up behind them.
     std::signal(SIGPIPE, SIG_IGN);
-    const Result<CommandLine> line = parseCommandLine(argumentsAfterProgram(argc, argv));
+    const QStringList typed = argumentsAfterProgram(argc, argv);
+    const Result<CommandLine> line = parseCommandLine(typed);
     if (!line)
         return complain(line.reason());
     if (line->isVersion) {
@@ -152,5 +173,5 @@ int main(int argc, char **argv)
         printResult(helpText().trimmed());
         return allMade;
     }
-    return runCommand(*line);
+    return runCommand(*line, typed);
 }

@@ -46,6 +46,10 @@ SourceArguments expandSources(const QStringList &arguments)
         else
             result.files += files;
     }
+    // The intake follows a link that it is given first; whoever counts the sources has to
+    // know them by the same names.
+    if (!result.files.isEmpty() && QFileInfo(result.files.first()).isSymLink())
+        result.files.first() = QFileInfo(result.files.first()).canonicalFilePath();
     result.files.removeDuplicates();
     return result;
 }

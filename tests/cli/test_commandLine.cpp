@@ -39,6 +39,7 @@ void TestCommandLine::refusesWrongArguments_data()
     QTest::newRow("unknown answer") << u"sheet --existing maybe a.mp4"_s << u"maybe"_s;
     QTest::newRow("no thumbnails") << u"sheet --thumbs 0 a.mp4"_s << u"0"_s;
     QTest::newRow("no interval") << u"sheet --every -5 a.mp4"_s << u"-5"_s;
+    QTest::newRow("no jobs") << u"sheet --jobs 0 a.mp4"_s << u"0"_s;
     QTest::newRow("unknown setting") << u"sheet --set nope=1 a.mp4"_s << u"nope"_s;
     QTest::newRow("setting of the wrong kind") << u"sheet --set prefDpi=x a.mp4"_s << u"prefDpi"_s;
     QTest::newRow("unknown format set") << u"sheet --set prefSheetFormat=bmp a.mp4"_s << u"bmp"_s;

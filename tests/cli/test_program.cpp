@@ -1,53 +1,17 @@
+#include "cli/programRun.h"
 #include "support/folderListing.h"
 
 #include <QDir>
 #include <QFile>
 #include <QImageReader>
 #include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <csignal>
 
 using namespace Qt::StringLiterals;
-using vignar::filesUnder;
-
-namespace
-{
-
-constexpr int patience = 60000;
-
-struct Run {
-    int status = -1;
-    QString errors;
-    QList<QJsonObject> lines;
-};
-
-Run finished(QProcess &process)
-{
-    Run run;
-    if (!process.waitForFinished(patience))
-        return run;
-    run.status = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
-    run.errors = QString::fromUtf8(process.readAllStandardError());
-    for (const QByteArray &line : process.readAllStandardOutput().split('\n')) {
-        if (!line.isEmpty())
-            run.lines.append(QJsonDocument::fromJson(line).object());
-    }
-    return run;
-}
-
-Run runVignar(const QStringList &arguments)
-{
-    QProcess process;
-    process.start(QStringLiteral(VIGNAR_CLI), arguments);
-    return finished(process);
-}
-
-} // namespace
+using namespace vignar;
 
 /// The program as scripts see it: JSON lines, exit statuses, what it leaves behind.
 class TestProgram : public QObject
@@ -91,14 +55,14 @@ void TestProgram::cleanup()
 
 void TestProgram::makesSheetsAndTellsOfTheRest()
 {
-    const Run run = runVignar({u"sheet"_s, u"--json"_s, u"-o"_s, m_out->path(), u"-l"_s, u"min"_s,
-                               u"--set"_s, u"prefComputerWidthAuto=0"_s, u"--set"_s,
-                               u"prefComputerWidth=640"_s, m_clips.path()});
+    const ProgramRun run = runVignar({u"sheet"_s, u"--json"_s, u"-o"_s, m_out->path(), u"-l"_s,
+                                      u"min"_s, u"--set"_s, u"prefComputerWidthAuto=0"_s,
+                                      u"--set"_s, u"prefComputerWidth=640"_s, m_clips.path()});
     QCOMPARE(run.status, 1);
     QCOMPARE(run.lines.size(), 2);
-    QCOMPARE(run.lines[0][u"status"_s], u"refused"_s);
+    QCOMPARE(run.lines[1][u"status"_s], u"refused"_s);
     QVERIFY(run.errors.contains(u"text.mp4: "_s));
-    const QJsonObject made = run.lines[1];
+    const QJsonObject made = run.lines[0];
     QCOMPARE(made[u"status"_s], u"made"_s);
     QCOMPARE(made[u"source"_s], m_clip);
     QCOMPARE(made[u"thumbnails"_s], 12);
@@ -110,13 +74,13 @@ void TestProgram::keepsAnExistingSheetWithoutATerminal()
 {
     const QStringList arguments{u"sheet"_s, u"--json"_s, u"-o"_s, m_out->path(),
                                 u"-f"_s,    u"pdf"_s,    m_clip};
-    const Run first = runVignar(arguments);
+    const ProgramRun first = runVignar(arguments);
     QCOMPARE(first.status, 0);
     QFile sheet(first.lines.value(0)[u"sheet"_s].toString());
     QVERIFY(sheet.fileName().endsWith(u".pdf"_s) && sheet.open(QIODevice::ReadOnly));
     const QByteArray before = sheet.readAll();
     QVERIFY(before.startsWith("%PDF"));
-    const Run second = runVignar(arguments);
+    const ProgramRun second = runVignar(arguments);
     QCOMPARE(second.status, 0);
     QCOMPARE(second.lines.value(0)[u"status"_s], u"kept"_s);
     QVERIFY(sheet.seek(0));
@@ -128,7 +92,7 @@ void TestProgram::keepsAnExistingSheetWithoutATerminal()
 
 void TestProgram::planIsWhatIsExtracted()
 {
-    const Run run =
+    const ProgramRun run =
         runVignar({u"plan"_s, u"--json"_s, u"-o"_s, m_out->path(), u"-l"_s, u"med"_s, m_clip});
     QCOMPARE(run.status, 0);
     const QJsonObject plan = run.lines.value(0);
@@ -144,7 +108,7 @@ void TestProgram::planIsWhatIsExtracted()
 
 void TestProgram::analysePrintsTheRecord()
 {
-    const Run run = runVignar({u"analyse"_s, u"--json"_s, m_clip});
+    const ProgramRun run = runVignar({u"analyse"_s, u"--json"_s, m_clip});
     QCOMPARE(run.status, 0);
     QCOMPARE(run.lines.value(0)[u"status"_s], u"analysed"_s);
     const QJsonObject record = run.lines.value(0)[u"record"_s].toObject();
@@ -157,11 +121,11 @@ void TestProgram::interruptLeavesNothing()
 {
     // A clip with one key picture takes a while to be decoded.
     const QString clip = QDir(m_clips.path()).filePath(u"../long.mp4"_s);
-    QCOMPARE(QProcess::execute(u"ffmpeg"_s,
-                               {u"-loglevel"_s, u"error"_s, u"-y"_s, u"-f"_s, u"lavfi"_s, u"-i"_s,
-                                u"testsrc2=s=640x360:r=25:d=60"_s, u"-preset"_s, u"ultrafast"_s,
-                                u"-g"_s, u"9999"_s, clip}),
-             0);
+    QCOMPARE(
+        QProcess::execute(u"ffmpeg"_s, {u"-loglevel"_s, u"error"_s, u"-y"_s, u"-f"_s, u"lavfi"_s,
+                                        u"-i"_s, u"testsrc2=s=640x360:r=25:d=60"_s, u"-preset"_s,
+                                        u"ultrafast"_s, u"-g"_s, u"9999"_s, clip}),
+        0);
     QProcess process;
     process.start(QStringLiteral(VIGNAR_CLI),
                   {u"sheet"_s, u"-o"_s, m_out->path(), u"-l"_s, u"min"_s, clip});
@@ -177,7 +141,7 @@ void TestProgram::wrongArgumentsAndMissingDestination()
     QCOMPARE(runVignar({u"--prefs"_s, u"/no/such/file"_s, u"sheet"_s, m_clip}).status, 2);
     QCOMPARE(runVignar({u"--version"_s}).status, 0);
     const QString missing = m_out->filePath(u"missing"_s);
-    const Run run = runVignar({u"sheet"_s, u"--json"_s, u"-o"_s, missing, m_clip});
+    const ProgramRun run = runVignar({u"sheet"_s, u"--json"_s, u"-o"_s, missing, m_clip});
     QCOMPARE(run.status, 1);
     QCOMPARE(run.lines.value(0)[u"status"_s], u"failed"_s);
     QVERIFY(!QFile::exists(missing));

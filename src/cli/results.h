@@ -1,0 +1,55 @@
+#pragma once
+
+#include "app/outlets.h"
+#include "cli/commandLine.h"
+
+#include <QHash>
+#include <QStringList>
+
+#include <optional>
+#include <vector>
+
+namespace vignar
+{
+
+class ProgressLine;
+
+/// Tells what becomes of the sources. Complaints go to standard error at once; results go
+/// to standard output in the order of the sources, each as soon as those before it are
+/// settled.
+class Results
+{
+public:
+    Results(const CommandLine &line, ProgressLine &progress, const QStringList &sources);
+
+    /// Where a source stands; the number of sources for one that is not among them.
+    size_t positionOf(const QString &source) const;
+
+    // Each settles a source for good.
+    void refused(size_t position, const QString &source, const QString &reason);
+    void finished(size_t position, const SheetOutcome &outcome);
+    void printed(size_t position, const QString &text);
+    /// Nothing is printed of it.
+    void leftOut(size_t position);
+
+    /// Prints what waits for sources that will not be settled any more.
+    void flush();
+
+    bool hasFailure() const { return m_hasFailure; }
+
+private:
+    void complain(const QString &source, const QString &reason);
+    void tell(const SheetOutcome &outcome);
+    void settle(size_t position, const QString &text);
+    void print(const QString &text);
+
+    const CommandLine m_line;
+    ProgressLine &m_progress;
+    QHash<QString, size_t> m_positions;
+    /// What is to be printed of each source; null texts print nothing.
+    std::vector<std::optional<QString>> m_texts;
+    size_t m_next = 0;
+    bool m_hasFailure = false;
+};
+
+} // namespace vignar

@@ -1,0 +1,251 @@
+#include "cli/programRun.h"
+#include "support/folderListing.h"
+#include "support/makeClip.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <unistd.h>
+
+using namespace vignar;
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+QByteArray contents(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+/// The processes whose arguments hold the text, our own aside.
+QList<pid_t> processesNaming(const QString &text)
+{
+    QList<pid_t> found;
+    for (const QString &entry : QDir(u"/proc"_s).entryList({u"[0-9]*"_s}, QDir::Dirs)) {
+        const bool isNamed =
+            contents(u"/proc/%1/cmdline"_s.arg(entry)).contains(text.toLocal8Bit());
+        if (isNamed && entry.toInt() != ::getpid())
+            found.append(entry.toInt());
+    }
+    return found;
+}
+
+/// The process that has started the ffmpeg that works on the source; 0: none does.
+pid_t workerOn(const QString &source)
+{
+    for (const pid_t process : processesNaming(source)) {
+        const QByteArray status = contents(u"/proc/%1/stat"_s.arg(process));
+        // "12 (ffmpeg) R 11 …"
+        if (status.contains("(ffmpeg)"))
+            return status.mid(status.lastIndexOf(')') + 2).split(' ').value(1).toInt();
+    }
+    return 0;
+}
+
+/// A terminal without anybody at it but the test.
+class Terminal
+{
+public:
+    Terminal() : m_ours(::posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC))
+    {
+        ::grantpt(m_ours);
+        ::unlockpt(m_ours);
+    }
+    ~Terminal() { ::close(m_ours); }
+    Q_DISABLE_COPY_MOVE(Terminal)
+
+    QString path() const { return QString::fromLocal8Bit(::ptsname(m_ours)); }
+    const QByteArray &shown()
+    {
+        char bytes[4096];
+        for (ssize_t length = 0; (length = ::read(m_ours, bytes, sizeof bytes)) > 0;)
+            m_shown.append(bytes, length);
+        return m_shown;
+    }
+    bool type(const QByteArray &text) { return ::write(m_ours, text, text.size()) == text.size(); }
+
+private:
+    int m_ours;
+    QByteArray m_shown;
+};
+
+} // namespace
+
+/// Several sources at once, as scripts and people see them.
+class TestJobs : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init() { m_out = std::make_unique<QTemporaryDir>(); }
+    void cleanup();
+
+    void tellsTheSameAsOneAfterAnother();
+    void analysesTheSame();
+    void aDeadWorkerCostsItsSource();
+    void endsWithItsWorkers_data();
+    void endsWithItsWorkers();
+    void asksOnceForAll();
+
+private:
+    QStringList sheetArguments(const QString &jobs, const QString &destination,
+                               const QStringList &sources) const;
+
+    QTemporaryDir m_clips;
+    std::unique_ptr<QTemporaryDir> m_out;
+    /// Takes much longer than the others: every picture of it leads to the next.
+    QString m_long;
+};
+
+void TestJobs::initTestCase()
+{
+    m_long = m_clips.filePath(u"a/x.mp4"_s);
+    QVERIFY(makeClip(m_long, u"testsrc2=s=640x360:r=25:d=60"_s,
+                     {u"-preset"_s, u"ultrafast"_s, u"-g"_s, u"9999"_s}));
+    QVERIFY(makeClip(m_clips.filePath(u"b/x.mp4"_s), u"testsrc2=s=320x240:r=10:d=12"_s));
+    QVERIFY(makeClip(m_clips.filePath(u"c/x.mkv"_s), u"testsrc=s=320x240:r=10:d=12"_s));
+    QVERIFY(makeClip(m_clips.filePath(u"c/y.mp4"_s), u"testsrc=s=320x180:r=10:d=12"_s));
+    QFile text(m_clips.filePath(u"b/text.mp4"_s));
+    QVERIFY(text.open(QIODevice::WriteOnly) && text.write("no movie") > 0);
+}
+
+void TestJobs::cleanup()
+{
+    QVERIFY(filesUnder(QDir::tempPath()).filter(u"org.vignar.Vignar-"_s).isEmpty());
+}
+
+QStringList TestJobs::sheetArguments(const QString &jobs, const QString &destination,
+                                     const QStringList &sources) const
+{
+    return QStringList{u"sheet"_s,    u"--json"_s, u"--jobs"_s, jobs,
+                       u"-o"_s,       destination, u"--set"_s,  u"prefMultimediaHd=0"_s,
+                       u"--thumbs"_s, u"12"_s,     u"-l"_s,     u"min"_s} +
+           sources;
+}
+
+void TestJobs::tellsTheSameAsOneAfterAnother()
+{
+    QStringList told[2];
+    QList<QByteArray> sheets[2];
+    for (int run = 0; run < 2; ++run) {
+        const QString out = m_out->filePath(QString::number(run));
+        QVERIFY(QDir().mkpath(out));
+        const ProgramRun program =
+            runVignar(sheetArguments(run == 0 ? u"1"_s : u"4"_s, out, {m_clips.path()}));
+        QCOMPARE(program.status, 1);
+        QVERIFY(program.errors.contains(u"text.mp4: "_s));
+        for (QJsonObject line : program.lines) {
+            line.remove(u"seconds"_s);
+            sheets[run].append(contents(line[u"sheet"_s].toString()));
+            told[run].append(
+                QString::fromUtf8(QJsonDocument(line).toJson()).replace(out, u"out"_s));
+        }
+        told[run] += filesUnder(out);
+    }
+    QCOMPARE(told[0].size(), 5 + 4);
+    QCOMPARE(told[1], told[0]);
+    QCOMPARE(sheets[1], sheets[0]);
+}
+
+void TestJobs::analysesTheSame()
+{
+    const QStringList arguments{u"analyse"_s, u"--json"_s, m_clips.path()};
+    const ProgramRun one = runVignar(arguments + QStringList{u"--jobs"_s, u"1"_s});
+    const ProgramRun four = runVignar(arguments + QStringList{u"--jobs"_s, u"4"_s});
+    QCOMPARE(one.lines.size(), 5);
+    QCOMPARE(four.lines, one.lines);
+    QCOMPARE(four.status, one.status);
+}
+
+void TestJobs::aDeadWorkerCostsItsSource()
+{
+    QProcess process;
+    process.start(
+        QStringLiteral(VIGNAR_CLI),
+        sheetArguments(u"2"_s, m_out->path(),
+                       {m_long, m_clips.filePath(u"b/x.mp4"_s), m_clips.filePath(u"c"_s)}));
+    QTRY_VERIFY_WITH_TIMEOUT(!filesUnder(m_out->path()).filter(u"img00.jpg"_s).isEmpty() &&
+                                 workerOn(m_long) > 0,
+                             patience);
+    const pid_t worker = workerOn(m_long);
+    QVERIFY(worker > 0 && worker != process.processId());
+    QCOMPARE(::kill(worker, SIGKILL), 0);
+    const ProgramRun run = finished(process);
+    QCOMPARE(run.status, 1);
+    QStringList statuses;
+    for (const QJsonObject &line : run.lines)
+        statuses.append(line[u"status"_s].toString());
+    QCOMPARE(statuses, (QStringList{u"failed"_s, u"made"_s, u"made"_s, u"made"_s}));
+    QVERIFY(run.errors.contains(m_long + u": "_s + run.lines[0][u"reason"_s].toString()));
+    QCOMPARE(filesUnder(m_out->path()).size(), 3);
+    QVERIFY(processesNaming(m_clips.path()).isEmpty());
+}
+
+void TestJobs::endsWithItsWorkers_data()
+{
+    QTest::addColumn<int>("signal");
+    QTest::newRow("interrupted") << SIGINT;
+    QTest::newRow("killed") << SIGKILL;
+}
+
+void TestJobs::endsWithItsWorkers()
+{
+    QFETCH(int, signal);
+    const QString other = m_clips.filePath(u"other.mp4"_s);
+    QVERIFY(QFile::exists(other) || QFile::copy(m_long, other));
+    QProcess process;
+    process.start(QStringLiteral(VIGNAR_CLI),
+                  sheetArguments(u"2"_s, m_out->path(), {m_long, other}));
+    QTRY_COMPARE_WITH_TIMEOUT(filesUnder(m_out->path()).filter(u"img00.jpg"_s).size(), 2, patience);
+    QCOMPARE(::kill(pid_t(process.processId()), signal), 0);
+    const ProgramRun run = finished(process);
+    QTRY_VERIFY_WITH_TIMEOUT(processesNaming(m_clips.path()).isEmpty(), patience);
+    if (signal == SIGINT) {
+        QCOMPARE(run.status, 130);
+        QCOMPARE(run.lines.size(), 2);
+        QVERIFY(filesUnder(m_out->path()).isEmpty());
+    } else {
+        // The next run tidies up.
+        QCOMPARE(
+            runVignar(sheetArguments(u"1"_s, m_out->path(), {m_clips.filePath(u"b"_s)})).status, 1);
+    }
+    QVERIFY(QFile::remove(other));
+}
+
+void TestJobs::asksOnceForAll()
+{
+    const QStringList sources{m_clips.filePath(u"b/x.mp4"_s), m_clips.filePath(u"c"_s)};
+    QStringList sheets;
+    for (const QJsonObject &line : runVignar(sheetArguments(u"1"_s, m_out->path(), sources)).lines)
+        sheets.append(line[u"sheet"_s].toString());
+    QCOMPARE(sheets.size(), 3);
+    for (const QString &sheet : sheets) {
+        QFile old(sheet);
+        QVERIFY(old.open(QIODevice::WriteOnly) && old.write("old") > 0);
+    }
+
+    Terminal terminal;
+    QProcess process;
+    process.setStandardInputFile(terminal.path());
+    process.setStandardErrorFile(terminal.path());
+    process.start(QStringLiteral(VIGNAR_CLI), sheetArguments(u"3"_s, m_out->path(), sources));
+    QTRY_VERIFY_WITH_TIMEOUT(terminal.shown().contains("[2!]"), patience);
+    QVERIFY(terminal.shown().contains(QFileInfo(sheets[0]).fileName().toUtf8() + ": "));
+    QVERIFY(terminal.type("2!\n"));
+    const ProgramRun run = finished(process);
+    QCOMPARE(run.status, 0);
+    QCOMPARE(terminal.shown().count("[2!]"), 1);
+    QVERIFY2(terminal.shown().contains("[2/3] "), "a line of progress for all of them");
+    for (const QString &sheet : std::as_const(sheets))
+        QVERIFY(contents(sheet) != "old");
+}
+
+QTEST_GUILESS_MAIN(TestJobs)
+#include "test_jobs.moc"
