@@ -114,6 +114,7 @@ private Q_SLOTS:
     void rowsThatGoCloseTheWindow();
     void everyPictureCanBeReached_data();
     void everyPictureCanBeReached();
+    void playsToTheEndAndAgain();
     void usedPictureComesOnTheSheet_data();
     void usedPictureComesOnTheSheet();
     void picturesStandUpright_data();
@@ -246,7 +247,7 @@ void TestPlayer::heldKeysLeaveNoTail()
     auto made = std::make_unique<FakePlayer>();
     FakePlayer &player = *made;
     PlayerWindow window([&made] { return std::move(made); });
-    window.open(at(u"film.mp4"_s), {}, {});
+    window.open(at(u"film.mp4"_s), {}, filmSeconds, {});
     player.endMove(0);
     const auto press = [&window](bool isRepeated) {
         QKeyEvent event(QEvent::KeyPress, Qt::Key_Period, Qt::NoModifier, u"."_s, isRepeated);
@@ -269,7 +270,7 @@ void TestPlayer::buttonsKeepTheirKeys()
     auto made = std::make_unique<FakePlayer>();
     FakePlayer &player = *made;
     PlayerWindow window([&made] { return std::move(made); });
-    window.open(at(u"film.mp4"_s), {}, {{1, 2}, {}});
+    window.open(at(u"film.mp4"_s), {}, filmSeconds, {{1, 2}, {}});
     Q_EMIT player.infoChanged({.duration = 12, .hasAudio = true});
     player.endMove(1);
     const auto buttons = window.findChildren<QAbstractButton *>();
@@ -298,7 +299,7 @@ void TestPlayer::usedPictureIsTheOneShown()
     FakePlayer &player = *made;
     PlayerWindow window([&made] { return std::move(made); });
     QSignalSpy chosen(&window, &PlayerWindow::chosenChanged);
-    window.open(at(u"film.mp4"_s), {}, {{1, 5, 9}, {}});
+    window.open(at(u"film.mp4"_s), {}, filmSeconds, {{1, 5, 9}, {}});
     Q_EMIT player.infoChanged({.duration = 12});
     window.perform(PlayerCommand::use);
     QVERIFY(chosen.isEmpty());
@@ -409,6 +410,30 @@ void TestPlayer::everyPictureCanBeReached()
     QVERIFY(info.hasAudio && std::abs(info.duration - filmSeconds) < 0.2);
     if (!name.endsWith(u".ts"))
         QCOMPARE(info.chapters, (QList<double>{0, 4}));
+}
+
+void TestPlayer::playsToTheEndAndAgain()
+{
+    PlayerWindow window([] { return std::make_unique<MpvPlayer>(Sound::none); });
+    window.resize(400, 400);
+    window.show();
+    QSignalSpy settled(&window, &PlayerWindow::settled);
+    QSignalSpy chosen(&window, &PlayerWindow::chosenChanged);
+    window.open(at(u"film.mp4"_s), {}, filmSeconds, {{filmSeconds - 0.5}, {}});
+    QVERIFY(settled.wait(5000));
+    auto *play = window.findChild<QAbstractButton *>(u"play"_s);
+    window.perform(PlayerCommand::playPause);
+    QCOMPARE(play->accessibleName(), u"Pause"_s);
+    QTRY_COMPARE(play->accessibleName(), u"Play"_s);
+    // The end of the sound is later than the last picture, which is what is used.
+    window.perform(PlayerCommand::use);
+    QTRY_COMPARE(chosen.size(), 1);
+    QCOMPARE(chosen.first().first().value<ChosenInstants>().first(), 299 / 25.0);
+
+    const auto *timeline = window.findChild<Timeline *>();
+    window.perform(PlayerCommand::playPause);
+    QTRY_VERIFY(timeline->value() > 0 && timeline->value() < 2000);
+    QCOMPARE(play->accessibleName(), u"Pause"_s);
 }
 
 void TestPlayer::usedPictureComesOnTheSheet_data()

@@ -162,8 +162,11 @@ void MpvCore::command(const QByteArrayList &words, quint64 reply)
     mpv_command_async(m_core.get(), reply, arguments.data());
 }
 
-void MpvCore::askPosition(quint64 reply)
+void MpvCore::askPlace(quint64 reply)
 {
+    mpv_get_property_async(m_core.get(), 0, "file-format", MPV_FORMAT_STRING);
+    mpv_get_property_async(m_core.get(), 0, "duration", MPV_FORMAT_DOUBLE);
+    mpv_get_property_async(m_core.get(), 0, "eof-reached", MPV_FORMAT_FLAG);
     mpv_get_property_async(m_core.get(), reply, "time-pos", MPV_FORMAT_DOUBLE);
 }
 

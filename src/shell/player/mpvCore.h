@@ -35,7 +35,9 @@ public:
 
     /// One argument a word. reply, unless 0, marks the event that tells of its end.
     void command(const QByteArrayList &words, quint64 reply = 0);
-    void askPosition(quint64 reply);
+    /// Asks for what tells how a move has ended, the position last, which comes with the
+    /// reply: unasked, the properties may be told late.
+    void askPlace(quint64 reply);
     /// Valid until the next call; null when none waits.
     const mpv_event *nextEvent();
 

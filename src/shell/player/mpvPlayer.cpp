@@ -26,6 +26,13 @@ constexpr std::array runUps{0.0, 2.0, 12.0, 30.0};
 /// Later than this is not just the next picture.
 constexpr double lateSeconds = 0.1;
 
+/// From here on there is nothing left to play.
+constexpr double endSeconds = 0.25;
+
+/// Sound that joins in later than this before the end may find nothing more to play, and then
+/// the core waits for it and never comes to the end.
+constexpr double leastSoundSeconds = 1.5;
+
 /// Less than the time of one picture.
 constexpr double sameInstant = 0.001;
 
@@ -60,7 +67,7 @@ void MpvPlayer::open(const QString &path, double seconds)
         return;
     }
     const QByteArray start = "start=" + QByteArray::number(seconds, 'f', 6);
-    command({"loadfile", QFile::encodeName(path), "replace", start});
+    command({"loadfile", QFile::encodeName(path), "replace", start}, moveReply);
     m_move = seekMove(seconds);
 }
 
@@ -72,6 +79,7 @@ void MpvPlayer::seek(double seconds)
 
 void MpvPlayer::step(FrameStep direction)
 {
+    m_isToPlay = false;
     if (direction == FrameStep::back) {
         startMove({.words = {"frame-back-step"}, .latest = m_position - sameInstant});
     } else if (m_isAtEnd) {
@@ -98,29 +106,67 @@ void MpvPlayer::startMove(const Move &move)
 }
 
 /// In a file without an index a seek can land behind the last key frame before its target:
-/// the picture is then a later one, or there is none and the position is that of the end.
+/// the picture is then a later one, or there is none and the core is at the end.
 bool MpvPlayer::retryMove()
 {
-    const bool isPastPictures = m_info.duration > 0 && m_position > m_info.duration - sameInstant;
-    const bool isLate = m_move && (m_position > m_move->latest || isPastPictures);
+    const bool isLate = m_position > m_move->latest || m_isAtEnd;
     if (!isLate || !m_isWithoutIndex)
         return false;
     const bool isLast = m_runUp + 1 == runUps.size();
     // What did not help here would only slow down the moves to come.
     m_runUp = isLast ? m_move->firstRunUp : m_runUp + 1;
     command({"set", "hr-seek-demuxer-offset", QByteArray::number(runUps[m_runUp], 'f', 1)});
-    if (!isLast)
-        command(m_move->words, moveReply);
-    return !isLast;
+    if (isLast)
+        return false;
+    m_move->isSureOfEnd = false;
+    command(m_move->words, moveReply);
+    return true;
+}
+
+/// The core has told where it has arrived.
+void MpvPlayer::settleMove()
+{
+    if (!m_move)
+        return;
+    // At the end it goes on to look for the last picture, and would take a new seek for
+    // that one.
+    if (m_isAtEnd && !std::exchange(m_move->isSureOfEnd, true)) {
+        m_core->askPlace(positionReply);
+        return;
+    }
+    if (retryMove())
+        return;
+    // There was no picture to show: that of before is still there.
+    if (m_isAtEnd && m_isWithoutIndex)
+        handlePosition(m_move->from);
+    endMove();
 }
 
 void MpvPlayer::setPaused(bool isPaused)
 {
-    if (!isPaused && m_isAtEnd)
-        command({"seek", "0", "absolute+exact"});
-    if (!isPaused)
+    m_isToPlay = !isPaused;
+    if (isPaused)
+        command({"set", "pause", "yes"});
+    else if (!m_move && isNothingLeft())
+        startMove({.words = seekMove(0).words, .latest = lateSeconds, .isTold = false});
+    else
+        playOn();
+}
+
+bool MpvPlayer::isNothingLeft() const
+{
+    return m_isAtEnd || (m_info.duration > 0 && m_position > m_info.duration - endSeconds);
+}
+
+/// Plays as soon as nothing moves: the sound that joins in makes the core seek by itself,
+/// and that in the middle of a move would end it somewhere else.
+void MpvPlayer::playOn()
+{
+    if (!m_isToPlay || m_move)
+        return;
+    if (m_info.duration <= 0 || m_position < m_info.duration - leastSoundSeconds)
         command({"set", "aid", "auto"});
-    command({"set", "pause", isPaused ? "yes" : "no"});
+    command({"set", "pause", "no"});
 }
 
 void MpvPlayer::handlePause(bool isPaused)
@@ -128,8 +174,10 @@ void MpvPlayer::handlePause(bool isPaused)
     // A forward step plays for the time of one picture.
     if (!isPaused && m_isStepping)
         return;
-    if (isPaused)
+    if (isPaused) {
+        m_isToPlay = false;
         command({"set", "aid", "no"});
+    }
     Q_EMIT pausedChanged(isPaused);
 }
 
@@ -168,7 +216,8 @@ void MpvPlayer::handle(const mpv_event &event)
         break;
     case MPV_EVENT_PLAYBACK_RESTART:
         // The position told last may be that of an earlier picture.
-        m_core->askPosition(positionReply);
+        if (m_move && std::exchange(m_move->isTakenUp, false) && !m_isStepping)
+            m_core->askPlace(positionReply);
         break;
     case MPV_EVENT_END_FILE:
         handleEnd(*static_cast<const mpv_event_end_file *>(event.data));
@@ -183,15 +232,15 @@ void MpvPlayer::handle(const mpv_event &event)
 
 void MpvPlayer::handleReply(const mpv_event &event)
 {
-    if (event.reply_userdata == moveReply && event.error < 0)
-        endMove();
-    if (event.reply_userdata != positionReply)
-        return;
-    const auto *property = static_cast<const mpv_event_property *>(event.data);
-    if (event.error >= 0 && property->format == MPV_FORMAT_DOUBLE)
-        handlePosition(*static_cast<const double *>(property->data));
-    if (!retryMove())
-        endMove();
+    if (event.event_id == MPV_EVENT_GET_PROPERTY_REPLY && event.error >= 0)
+        handleProperty(*static_cast<const mpv_event_property *>(event.data));
+    if (event.reply_userdata == positionReply) {
+        settleMove();
+    } else if (event.reply_userdata == moveReply && m_move) {
+        m_move->isTakenUp = true;
+        if (event.error < 0)
+            endMove();
+    }
 }
 
 void MpvPlayer::handleProperty(const mpv_event_property &property)
@@ -269,8 +318,10 @@ void MpvPlayer::fail()
 void MpvPlayer::endMove()
 {
     m_isStepping = false;
-    if (std::exchange(m_move, {}))
+    const auto ended = std::exchange(m_move, {});
+    if (ended && ended->isTold)
         Q_EMIT moveEnded(m_position);
+    playOn();
 }
 
 void MpvPlayer::handlePicture()

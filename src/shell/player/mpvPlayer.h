@@ -33,8 +33,14 @@ private:
         QByteArrayList words;
         /// A later position than this means that pictures were missed, in seconds.
         double latest;
+        /// False for one that nobody has asked for.
+        bool isTold = true;
         /// Where it started, in seconds.
         double from = 0;
+        /// The core has taken it up: the next arrival that it tells of is of this move.
+        bool isTakenUp = false;
+        /// The core has been asked twice whether it is at the end.
+        bool isSureOfEnd = false;
         /// Index of the run-up that was in use before.
         size_t firstRunUp = 0;
     };
@@ -43,7 +49,10 @@ private:
     static Move seekMove(double seconds);
     void startMove(const Move &move);
     bool retryMove();
+    void settleMove();
     void endMove();
+    bool isNothingLeft() const;
+    void playOn();
 
     void handleEvents();
     void handle(const mpv_event &event);
@@ -71,6 +80,7 @@ private:
     /// A forward step ends with the next picture; the core does not tell its end.
     bool m_isStepping = false;
     bool m_isAtEnd = false;
+    bool m_isToPlay = false;
 };
 
 } // namespace vignar

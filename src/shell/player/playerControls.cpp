@@ -18,6 +18,8 @@ namespace
 {
 
 constexpr QSize iconSize(20, 20);
+constexpr QSize largeIconSize(28, 28);
+constexpr QSize smallestButton(34, 34);
 constexpr int gap = 8;
 
 QIcon iconOf(const char *name)
@@ -25,12 +27,10 @@ QIcon iconOf(const char *name)
     return ownIcon(QString::fromLatin1(name));
 }
 
-/// Digits of one width: a running time must not make everything beside it dance.
-QFont timeFont(QFont font)
+/// A sign, a number and a unit, in this order in every language.
+QString leftToRight(const QString &text)
 {
-    font.setFixedPitch(false);
-    font.setStyleHint(QFont::AnyStyle);
-    return font;
+    return u'\u2066' + text + u'\u2069';
 }
 
 } // namespace
@@ -68,8 +68,8 @@ QAbstractButton *PlayerControls::addButton(QHBoxLayout &row, PlayerCommand comma
     if (way.icon)
         button->setIcon(iconOf(way.icon));
     else
-        button->setText(localised(QString::fromLatin1(way.shortName)));
-    button->setMinimumSize(34, 34);
+        button->setText(leftToRight(localised(QString::fromLatin1(way.shortName))));
+    button->setMinimumSize(button->sizeHint().expandedTo(smallestButton));
     row.addWidget(button);
     m_buttons.insert(command, button);
     connectButton(*button, command);
@@ -94,13 +94,14 @@ QWidget *PlayerControls::transportRow()
     auto *row = new QHBoxLayout(transport);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(2);
-    m_time->setFont(timeFont(m_time->font()));
     m_time->setMinimumWidth(
         m_time->fontMetrics().horizontalAdvance(u"00:00:00.00 / 00:00:00.00"_s));
     row->addWidget(m_time, 1);
     for (const PlayerCommand command : {chapterBack, tenBack, secondBack, frameBack, playPause,
                                         frameForward, secondForward, tenForward, chapterForward})
         addButton(*row, command);
+    m_buttons.value(playPause)->setIconSize(largeIconSize);
+    m_buttons.value(playPause)->setObjectName(u"play"_s);
     auto *trailing = new QHBoxLayout;
     trailing->addStretch();
     addButton(*trailing, mute);
@@ -179,7 +180,8 @@ void PlayerControls::setPlayable(bool isPlayable)
 
 void PlayerControls::updateTime()
 {
-    m_time->setText(u"%1 / %2"_s.arg(clockText(m_position), clockText(m_info.duration)));
+    m_time->setText(
+        leftToRight(u"%1 / %2"_s.arg(clockText(m_position), clockText(m_info.duration))));
 }
 
 void PlayerControls::updatePlace()

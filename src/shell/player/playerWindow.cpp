@@ -71,11 +71,12 @@ PlayerWindow::PlayerWindow(PlayerMaker makePlayer, QWidget *parent)
 
 PlayerWindow::~PlayerWindow() = default;
 
-void PlayerWindow::open(const QString &path, const QImage &poster, const PlannedPictures &pictures)
+void PlayerWindow::open(const QString &path, const QImage &poster, double duration,
+                        const PlannedPictures &pictures)
 {
     endPlayer();
     m_path = path;
-    m_info = {};
+    m_info = {.duration = duration};
     setWindowTitle(QFileInfo(path).fileName());
     setWindowFilePath(path);
     m_view->setPoster(poster);
@@ -104,8 +105,11 @@ void PlayerWindow::startPlayer()
         m_controls->setPosition(seconds);
     });
     connect(m_player.get(), &MediaPlayer::infoChanged, this, [this](const MediaInfo &info) {
+        const double known = m_info.duration;
         m_info = info;
-        m_controls->setInfo(info);
+        if (info.duration <= 0)
+            m_info.duration = known;
+        m_controls->setInfo(m_info);
     });
     connect(m_player.get(), &MediaPlayer::pausedChanged, this, &PlayerWindow::setPaused);
     m_player->setRoom(m_view->room());

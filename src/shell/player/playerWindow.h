@@ -25,8 +25,10 @@ public:
     explicit PlayerWindow(PlayerMaker makePlayer, QWidget *parent = nullptr);
     ~PlayerWindow() override;
 
-    /// Shows the poster, if any, and opens the source at the first of the pictures.
-    void open(const QString &path, const QImage &poster, const PlannedPictures &pictures);
+    /// Shows the poster, if any, and opens the source at the first of the pictures. The
+    /// duration (seconds) holds until the player knows better.
+    void open(const QString &path, const QImage &poster, double duration,
+              const PlannedPictures &pictures);
     void setPictures(const PlannedPictures &pictures);
     const QString &path() const { return m_path; }
     void perform(PlayerCommand command, bool isRepeated = false);

@@ -78,10 +78,11 @@ void PreviewPlayer::open(const SourceDico &source)
         connect(m_window, &PlayerWindow::chosenChanged, this, &PreviewPlayer::keepChosen);
     }
     const QImage poster = read(m_batch.row(row), RowKeys::img).value_or(QImage());
+    const double duration = read(source, Keys::w_duration).value_or(0);
     m_window->show();
     m_window->raise();
     m_window->activateWindow();
-    m_window->open(m_batch.sourcePath(row), poster, plannedPictures(row));
+    m_window->open(m_batch.sourcePath(row), poster, duration, plannedPictures(row));
 }
 
 void PreviewPlayer::planAgain()
