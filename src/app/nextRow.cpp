@@ -6,21 +6,22 @@
 namespace vignar
 {
 
-void NextRow::begin(const Plan &plan)
+bool NextRow::begin(const Plan &plan)
 {
     release();
     auto folder = claimExtractionFolder(plan.target.dstPath);
     if (!folder)
-        return;
+        return false;
     auto pictures = std::make_unique<RowPictures>(*folder);
     const SheetPlan sheet = planSheet(plan.layout, plan.source, pictures->folder());
     if (sheet.ffmpegPasses.isEmpty())
-        return;
+        return false;
     m_source = readStr(plan.source, Keys::srcPathStr);
     m_dstPath = plan.target.dstPath;
     m_pictures = std::move(pictures);
     logLine(u"th ahead            : %@", m_source);
     m_pictures->start(sheet.ffmpegPasses, plan.source);
+    return true;
 }
 
 std::unique_ptr<RowPictures> NextRow::handOver(const QString &source, const QString &dstPath)

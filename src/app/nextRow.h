@@ -21,9 +21,9 @@ public:
         SheetTarget target;
     };
 
-    /// Claims the folder of a row, plans, and starts its passes. Nothing happens where that
-    /// is not possible.
-    void begin(const Plan &plan);
+    /// Claims the folder of a row, plans, and starts its passes. False, and nothing has
+    /// happened, where that is not possible.
+    bool begin(const Plan &plan);
 
     /// Path of its source; null when there is none.
     const QString &source() const { return m_source; }

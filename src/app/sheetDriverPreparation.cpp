@@ -159,8 +159,8 @@ void SheetDriver::beginNextRow()
     const SheetTarget target = plannedTarget(record, taken);
     if (!isMadeWithoutAsking(target, choices.format))
         return;
-    m_next.begin({planningInput(record, choices.layout), choices.layout, target});
-    Q_EMIT aheadBegun();
+    if (m_next.begin({planningInput(record, choices.layout), choices.layout, target}))
+        Q_EMIT aheadBegun();
 }
 
 } // namespace vignar
