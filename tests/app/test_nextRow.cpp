@@ -1,0 +1,223 @@
+#include "app/appDelegate.h"
+#include "settings/preferenceStore.h"
+#include "settings/preferences.h"
+#include "support/folderListing.h"
+#include "support/makeClip.h"
+#include "support/recordingOutlets.h"
+#include "tasks/workFolder.h"
+
+#include <QFile>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace vignar;
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr int patience = 60000;
+
+QByteArray content(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+} // namespace
+
+class TestNextRow : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+
+    void sheetsAreThoseOfRowsMadeOneByOne();
+    void whatIsFoundOtherwiseIsBegunAfresh_data();
+    void whatIsFoundOtherwiseIsBegunAfresh();
+    void stopWhileComposingKeepsTheOldSheet_data();
+    void stopWhileComposingKeepsTheOldSheet();
+    void pauseHoldsWhatRunsAhead();
+    void programMayEndAtAnyTime();
+
+private:
+    QString clip(const QString &name) const { return m_clips.filePath(name); }
+    QString made(const QString &name) const { return m_destination->filePath(name); }
+    std::unique_ptr<appDelegate> analysed(const QStringList &sources);
+    void go(appDelegate &application);
+    /// Goes, and has something done once, while the first sheet is composed and the pictures
+    /// of the second are taken.
+    void goAndMeanwhile(appDelegate &application, const std::function<void()> &act);
+
+    QTemporaryDir m_clips;
+    std::unique_ptr<QTemporaryDir> m_destination;
+    std::unique_ptr<RecordingOutlets> m_outlets;
+};
+
+void TestNextRow::initTestCase()
+{
+    QVERIFY(setUpWorkFolder(u"test"_s));
+    const QString picture = u"testsrc2=s=320x180:r=10:d=6"_s;
+    for (const QString &name : {u"a/clip.mp4"_s, u"b/clip.mkv"_s, u"last.mp4"_s})
+        QVERIFY(makeClip(clip(name), picture, {u"-g"_s, u"10"_s}));
+}
+
+void TestNextRow::init()
+{
+    m_destination = std::make_unique<QTemporaryDir>();
+    m_outlets = std::make_unique<RecordingOutlets>();
+    m_outlets->destination = m_destination->path();
+    setSharedPreferenceStore(std::make_unique<MemoryPreferenceStore>());
+    prefWrite(Prefs::prefMultimediaHd, 0);
+}
+
+std::unique_ptr<appDelegate> TestNextRow::analysed(const QStringList &sources)
+{
+    auto application = std::make_unique<appDelegate>(*m_outlets);
+    m_outlets->analysisEnds = 0;
+    application->draggedFiles(sources);
+    const bool isAnalysed =
+        QTest::qWaitFor([this] { return m_outlets->analysisEnds == 1; }, patience);
+    return isAnalysed ? std::move(application) : nullptr;
+}
+
+void TestNextRow::go(appDelegate &application)
+{
+    m_outlets->batchEnds = 0;
+    QVERIFY(application.iba_batchGoBt());
+    QTRY_COMPARE_WITH_TIMEOUT(m_outlets->batchEnds, 1, patience);
+}
+
+void TestNextRow::goAndMeanwhile(appDelegate &application, const std::function<void()> &act)
+{
+    int begun = 0;
+    QObject context;
+    connect(&application.sheetDriver(), &SheetDriver::aheadBegun, &context, [&begun, &act] {
+        if (++begun == 1)
+            act();
+    });
+    go(application);
+    QVERIFY(begun > 0);
+}
+
+void TestNextRow::sheetsAreThoseOfRowsMadeOneByOne()
+{
+    const auto application =
+        analysed({clip(u"a/clip.mp4"_s), clip(u"b/clip.mkv"_s), clip(u"last.mp4"_s)});
+    const QSignalSpy begun(&application->sheetDriver(), &SheetDriver::aheadBegun);
+    go(*application);
+    QCOMPARE(begun.size(), 2);
+    const QTemporaryDir ahead;
+    const QStringList names = filesUnder(m_destination->path());
+    QCOMPARE(names, (QStringList{u"clip-2-index.jpg"_s, u"clip-index.jpg"_s, u"last-index.jpg"_s}));
+    for (const QString &name : names)
+        QVERIFY(QFile::rename(made(name), ahead.filePath(name)));
+    prefWrite(Prefs::prefPlainPasses, 1);
+    go(*application);
+    QCOMPARE(begun.size(), 2);
+    QCOMPARE(filesUnder(m_destination->path()), names);
+    for (const QString &name : names)
+        QVERIFY(content(made(name)) == content(ahead.filePath(name)));
+}
+
+void TestNextRow::whatIsFoundOtherwiseIsBegunAfresh_data()
+{
+    QTest::addColumn<std::function<void(BatchList &)>>("act");
+    QTest::addColumn<int>("thumbnails");
+    using Act = std::function<void(BatchList &)>;
+    QTest::newRow("nothing happens") << Act([](BatchList &) {}) << 6;
+    QTest::newRow("another layout")
+        << Act([](BatchList &batch) { batch.setChoices(1, bigLayout, 1); }) << 2;
+    QTest::newRow("other preferences") << Act([](BatchList &) {
+        prefWrite(Prefs::prefLimitAuto, 0);
+        prefWrite(Prefs::prefLimitMix, 12);
+    }) << 12;
+    QTest::newRow("plain passes") << Act([](BatchList &) { prefWrite(Prefs::prefPlainPasses, 1); })
+                                  << 6;
+    QTest::newRow("removed") << Act([](BatchList &batch) {
+        batch.select(1);
+        batch.encBatchRemove(false);
+    }) << -1;
+    QTest::newRow("vanished") << Act([](BatchList &batch) { QFile::remove(batch.sourcePath(1)); })
+                              << 0;
+}
+
+void TestNextRow::whatIsFoundOtherwiseIsBegunAfresh()
+{
+    QFETCH(std::function<void(BatchList &)>, act);
+    QFETCH(int, thumbnails);
+    const QString second = clip(u"second.mp4"_s);
+    QVERIFY(QFile::exists(second) || QFile::copy(clip(u"a/clip.mp4"_s), second));
+    const auto application = analysed({clip(u"b/clip.mkv"_s), second, clip(u"last.mp4"_s)});
+    goAndMeanwhile(*application, [&] { act(application->whichArrayController()); });
+    QStringList names{u"clip-index.jpg"_s, u"last-index.jpg"_s};
+    if (thumbnails > 0)
+        names.append(u"second-index.jpg"_s);
+    QCOMPARE(filesUnder(m_destination->path()), names);
+    if (thumbnails >= 0)
+        QCOMPARE(m_outlets->outcomes[1].thumbnails, thumbnails);
+    QCOMPARE(m_outlets->outcomes.last().thumbnails, thumbnails == 12 ? 12 : 6);
+}
+
+void TestNextRow::stopWhileComposingKeepsTheOldSheet_data()
+{
+    QTest::addColumn<int>("format");
+    QTest::newRow("picture") << 1;
+    QTest::newRow("document") << 0;
+}
+
+void TestNextRow::stopWhileComposingKeepsTheOldSheet()
+{
+    QFETCH(int, format);
+    m_outlets->format = format;
+    // Takes so long to draw and to encode that the stop comes in time.
+    prefWrite(Prefs::prefComputerWidthAuto, 0);
+    prefWrite(Prefs::prefComputerWidth, 9000);
+    prefWrite(RunKeys::replaceFilesCheck, 1);
+    const QString name = format == 0 ? u"clip-index.pdf"_s : u"clip-index.jpg"_s;
+    const auto application = analysed({clip(u"a/clip.mp4"_s), clip(u"last.mp4"_s)});
+    prefWrite(RunKeys::replaceFilesCheck, 1);
+    QFile old(made(name));
+    QVERIFY(old.open(QIODevice::WriteOnly) && old.write("the old sheet") > 0);
+    old.close();
+    goAndMeanwhile(*application, [&] { application->iba_taskStopBt(RunnerKind::main); });
+    QCOMPARE(m_outlets->outcomes.size(), 1);
+    QCOMPARE(m_outlets->outcomes[0].status, SheetOutcome::Status::stopped);
+    QCOMPARE(filesUnder(m_destination->path()), QStringList{name});
+    QCOMPARE(content(made(name)), QByteArray("the old sheet"));
+}
+
+void TestNextRow::pauseHoldsWhatRunsAhead()
+{
+    const auto application = analysed({clip(u"a/clip.mp4"_s), clip(u"last.mp4"_s)});
+    goAndMeanwhile(*application, [&] {
+        application->iba_taskPauseBt(true);
+        // The sheet that is composed is finished all the same; its row waits.
+        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(made(u"clip-index.jpg"_s)), patience);
+        const QStringList held = filesUnder(m_destination->path());
+        QTest::qWait(1500);
+        QCOMPARE(filesUnder(m_destination->path()), held);
+        QVERIFY(m_outlets->outcomes.isEmpty());
+        application->iba_taskPauseBt(false);
+    });
+    QCOMPARE(filesUnder(m_destination->path()),
+             (QStringList{u"clip-index.jpg"_s, u"last-index.jpg"_s}));
+}
+
+void TestNextRow::programMayEndAtAnyTime()
+{
+    auto application = analysed({clip(u"a/clip.mp4"_s), clip(u"last.mp4"_s)});
+    QSignalSpy begun(&application->sheetDriver(), &SheetDriver::aheadBegun);
+    QVERIFY(application->iba_batchGoBt());
+    QVERIFY(begun.wait(patience));
+    application.reset();
+    // The sheet that was being composed is whole or absent.
+    const QStringList left = filesUnder(m_destination->path());
+    QVERIFY(left.isEmpty() || left == QStringList{u"clip-index.jpg"_s});
+}
+
+QTEST_MAIN(TestNextRow)
+#include "test_nextRow.moc"
