@@ -33,6 +33,9 @@ protected:
     void contextMenuEvent(QContextMenuEvent *event) override
     {
         const bool isByMouse = event->reason() == QContextMenuEvent::Mouse;
+        // The commands are for what is selected, and Tab alone selects nothing.
+        if (!isByMouse && !selectionModel()->isSelected(currentIndex()))
+            selectionModel()->select(currentIndex(), QItemSelectionModel::ClearAndSelect);
         Q_EMIT customContextMenuRequested(isByMouse ? event->pos()
                                                     : visualRect(currentIndex()).center());
     }

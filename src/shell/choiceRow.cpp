@@ -35,6 +35,8 @@ public:
         : QAbstractButton(parent), m_pictureSize(pictureSize), m_picture(std::move(picture))
     {
         setCheckable(true);
+        // Assistive technologies tell by it that one of several is chosen.
+        setAutoExclusive(true);
         setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
         setFocusPolicy(Qt::StrongFocus);
         setAttribute(Qt::WA_Hover);
@@ -106,6 +108,11 @@ ChoiceRow::ChoiceRow(const QString &title, QWidget *parent)
     m_row->setSpacing(gap);
     m_row->addStretch();
     connect(m_group, &QButtonGroup::idClicked, this, &ChoiceRow::chosenByUser);
+    // Tab reaches what is chosen, the arrow keys the others.
+    connect(m_group, &QButtonGroup::buttonToggled, this, [this] {
+        for (QAbstractButton *button : m_group->buttons())
+            button->setFocusPolicy(button->isChecked() ? Qt::StrongFocus : Qt::ClickFocus);
+    });
 }
 
 QLabel *ChoiceRow::takeTitle()

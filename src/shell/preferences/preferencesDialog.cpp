@@ -50,6 +50,7 @@ PreferencesDialog::PreferencesDialog(QWidget *parent)
 {
     setWindowTitle(localised(u"V_prefs"_s));
     setModal(false);
+    m_tabs->setAccessibleName(windowTitle());
     for (const QLatin1String text : paneTexts)
         m_tabs->addTab(new PreferencePage, localised(text));
     makeRows();
