@@ -24,11 +24,12 @@ function(vignar_library folder)
     target_link_libraries(vignar_${folder} PUBLIC ${ARG_LINKS} PRIVATE vignar_options)
 endfunction()
 
-# vignar_test(<name> SOURCES <file>… LINKS <target>… [TIMEOUT <seconds>])
+# vignar_test(<name> SOURCES <file>… LINKS <target>… [TIMEOUT <seconds>] [ON_SCREEN])
 # One Qt Test program, run offscreen with a home, configuration, state and
-# temporary folder of its own (tests/support/run-isolated.sh).
+# temporary folder of its own (tests/support/run-isolated.sh); ON_SCREEN: on a real screen,
+# where one can be had (tests/support/with-screen.sh).
 function(vignar_test name)
-    cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LINKS" ${ARGN})
+    cmake_parse_arguments(ARG "ON_SCREEN" "TIMEOUT" "SOURCES;LINKS" ${ARGN})
     if(NOT ARG_TIMEOUT)
         set(ARG_TIMEOUT 120)
     endif()
@@ -38,7 +39,10 @@ function(vignar_test name)
         VIGNAR_TEST_DATA="${CMAKE_CURRENT_SOURCE_DIR}/data")
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
     add_test(NAME ${name}
-        COMMAND ${PROJECT_SOURCE_DIR}/tests/support/run-isolated.sh $<TARGET_FILE:${name}>)
-    set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT}
+        COMMAND ${PROJECT_SOURCE_DIR}/tests/support/run-isolated.sh
+            $<$<BOOL:${ARG_ON_SCREEN}>:${PROJECT_SOURCE_DIR}/tests/support/with-screen.sh>
+            $<TARGET_FILE:${name}>
+        COMMAND_EXPAND_LISTS)
+    set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT} SKIP_RETURN_CODE 77
         ENVIRONMENT "QT_QPA_PLATFORM=offscreen;QT_FORCE_STDERR_LOGGING=1")
 endfunction()

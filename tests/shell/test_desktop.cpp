@@ -17,16 +17,12 @@
 #include <QAction>
 #include <QApplication>
 #include <QDropEvent>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QMimeData>
 #include <QPushButton>
 #include <QScreen>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
-
-#include <csignal>
 
 using namespace vignar;
 using namespace Qt::StringLiterals;
@@ -112,36 +108,6 @@ void press(QWidget &parent, const QString &textKey)
     }
 }
 
-bool isAnyProcessAbout(const QString &path)
-{
-    for (const QString &process : QDir(u"/proc"_s).entryList(QDir::Dirs)) {
-        QFile line(u"/proc/"_s + process + u"/cmdline"_s);
-        if (process != QString::number(QCoreApplication::applicationPid()) &&
-            line.open(QIODevice::ReadOnly) && line.readAll().contains(path.toUtf8()))
-            return true;
-    }
-    return false;
-}
-
-/// The program that is killed: makes sheets of the clips, and holds still in the first.
-int runVictim(const QStringList &arguments)
-{
-    setUpWorkFolder(u"victim"_s);
-    prefWrite(Prefs::prefDefautDstPathStr, arguments.value(1));
-    DesktopSession session(arguments.value(0));
-    session.start(arguments.mid(2));
-    auto *poll = new QTimer(&session);
-    poll->callOnTimeout(&session, [&session, rows = arguments.size() - 2] {
-        if (!session.isRunning() && session.model().rowCount() == rows)
-            session.go();
-        const Dico record = prefStored(RunKeys::processEncDico).value_or(Dico());
-        if (contains(record, Keys::purgePathStr1))
-            session.setPaused(true);
-    });
-    poll->start(5);
-    return QApplication::exec();
-}
-
 } // namespace
 
 class TestDesktop : public QObject
@@ -163,7 +129,6 @@ private Q_SLOTS:
     void listSurvives();
     void quittingWhileRunning_data();
     void quittingWhileRunning();
-    void killedProgramLosesNothing();
 
 private:
     QString clip(const QString &name) const { return m_clips.filePath(name); }
@@ -403,40 +368,5 @@ void TestDesktop::quittingWhileRunning()
     QVERIFY(!session->window().notices().shown());
 }
 
-void TestDesktop::killedProgramLosesNothing()
-{
-    QProcess victim;
-    victim.setStandardErrorFile(QProcess::nullDevice());
-    victim.start(QCoreApplication::applicationFilePath(),
-                 {u"victim"_s, state(), destination(), clip(u"a.mp4"_s), clip(u"more/b.mp4"_s)});
-    const auto saved = [this] {
-        QFile file(state() + u"/batch.json"_s);
-        return file.open(QIODevice::ReadOnly) ? QJsonDocument::fromJson(file.readAll()).object()
-                                              : QJsonObject();
-    };
-    QTRY_VERIFY_WITH_TIMEOUT(!saved().value("unfinished"_L1).toString().isEmpty(), patience);
-    QVERIFY(saved().value("isMaking"_L1).toBool());
-    ::kill(static_cast<pid_t>(victim.processId()), SIGKILL);
-    QVERIFY(victim.waitForFinished());
-    QTRY_VERIFY_WITH_TIMEOUT(!isAnyProcessAbout(clip(u"a.mp4"_s)), patience);
-
-    const auto session = startSession();
-    QCOMPARE(session->model().rowCount(), 2);
-    QCOMPARE(filesUnder(destination()), QStringList());
-    QCOMPARE(session->window().notices().shown()->title, localised(u"V_crash_title"_s));
-    press(session->window().notices(), u"V_crash_goOn"_s);
-    QVERIFY(session->isRunning());
-    waitForEnd(*session);
-    QCOMPARE(filesUnder(destination()), (QStringList{u"a-index.jpg"_s, u"b-index.jpg"_s}));
-}
-
-int main(int argc, char **argv)
-{
-    QApplication application(argc, argv);
-    if (application.arguments().value(1) == u"victim")
-        return runVictim(application.arguments().mid(2));
-    TestDesktop test;
-    return QTest::qExec(&test, argc, argv);
-}
-
+QTEST_MAIN(TestDesktop)
 #include "test_desktop.moc"
