@@ -8,7 +8,6 @@
 #include "classShared/paths.h"
 #include "settings/preferences.h"
 #include "settings/stringTables.h"
-#include "sheet/extractionPasses.h"
 
 #include <QDir>
 #include <QFileInfo>

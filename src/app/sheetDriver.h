@@ -66,8 +66,9 @@ public:
     /// them.
     SheetTarget plannedTarget(const SourceDico &source, QSet<QString> &taken) const;
 
-    /// Sheet path without extension of the row whose pictures are taken ahead of its turn;
-    /// null when there is none.
+    /// Sheet paths without extension of the rows that hold an extraction folder: the one
+    /// being made, and the one ahead of its turn; null when there is none.
+    QString dstPathNow() const { return m_pictures ? m_target.dstPath : QString(); }
     QString dstPathAhead() const { return m_next.dstPath(); }
 
 Q_SIGNALS:
@@ -117,7 +118,6 @@ private:
     Outlets &m_outlets;
     BatchList &m_batch;
     ProgressReporter &m_reporter;
-
     bool m_isActive = false;
     int m_taskStopInt = 0;
     bool m_isPausedByUser = false;

@@ -8,16 +8,13 @@
 #include "settings/logFiles.h"
 #include "settings/preferences.h"
 #include "settings/stringTables.h"
-#include "sheet/diskPicture.h"
 #include "sheet/extractionPasses.h"
 #include "sheet/pictureMatrix.h"
 #include "sheet/pictureTimes.h"
-#include "sheet/seekPreview.h"
-#include "sheet/sheetComposer.h"
 
 #include <QDateTime>
 #include <QFileInfo>
-#include <QThreadPool>
+#include <QThread>
 
 namespace vignar
 {
