@@ -5,6 +5,7 @@
 #include "shell/batchModel.h"
 #include "shell/colours.h"
 #include "shell/icons.h"
+#include "shell/roomyButton.h"
 #include "shell/rowDelegate.h"
 
 #include <QContextMenuEvent>
@@ -58,9 +59,9 @@ BatchDrawer::BatchDrawer(BatchModel &model, QWidget *parent)
       m_model(model),
       m_title(new QLabel),
       m_view(new RowView),
-      m_remove(new QPushButton(themedIcon(u"list-remove"_s), localised(u"V_list_remove"_s))),
+      m_remove(new RoomyButton(themedIcon(u"list-remove"_s), localised(u"V_list_remove"_s))),
       m_removeAll(
-          new QPushButton(themedIcon(u"edit-clear-all"_s), localised(u"V_list_removeAll"_s)))
+          new RoomyButton(themedIcon(u"edit-clear-all"_s), localised(u"V_list_removeAll"_s)))
 {
     m_title->setBuddy(m_view);
     m_view->setModel(&model);

@@ -167,7 +167,7 @@ QVariant BatchModel::data(const QModelIndex &index, int role) const
         // What went wrong matters more than the size of the picture.
         const bool isFailed = m_batch.resultat(row) == Puces::puceFailure;
         if (const QString reason = fate(source).reason; isFailed && !reason.isEmpty())
-            return reason;
+            return reason.left(1).toUpper() + reason.mid(1);
         return readStr(entry, RowKeys::src).section(u'\n', 1).replace(u'\n', u" · "_s);
     }
     case markerRole:

@@ -9,6 +9,7 @@
 #include "shell/mainMenu.h"
 #include "shell/noticeBar.h"
 #include "shell/progressPanel.h"
+#include "shell/roomyButton.h"
 
 #include <QAction>
 #include <QCloseEvent>
@@ -46,7 +47,7 @@ MainWindow::MainWindow(BatchModel &model)
       m_splitter(new QSplitter),
       m_choiceHint(new QWidget),
       m_choiceHintText(new QLabel),
-      m_choiceHintButton(new QPushButton(localised(u"V_choices_apply"_s)))
+      m_choiceHintButton(new RoomyButton(localised(u"V_choices_apply"_s)))
 {
     setWindowTitle(QGuiApplication::applicationDisplayName());
     setAcceptDrops(true);

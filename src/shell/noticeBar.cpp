@@ -3,6 +3,7 @@
 #include "settings/stringTables.h"
 #include "shell/colours.h"
 #include "shell/icons.h"
+#include "shell/roomyButton.h"
 
 #include <QAccessible>
 #include <QHBoxLayout>
@@ -128,7 +129,7 @@ void NoticeBar::showFirst()
     m_text->setText(notice.text);
     m_text->setVisible(!notice.text.isEmpty());
     for (const Notice::Button &button : notice.buttons) {
-        auto *push = new QPushButton(button.words);
+        auto *push = new RoomyButton(button.words);
         m_buttons->insertWidget(m_buttons->count() - 1, push);
         connect(push, &QPushButton::clicked, this, [this, title = notice.title, act = button.act] {
             withdraw(title);

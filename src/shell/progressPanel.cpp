@@ -5,6 +5,7 @@
 #include "shell/colours.h"
 #include "shell/elidedLabel.h"
 #include "shell/icons.h"
+#include "shell/roomyButton.h"
 
 #include <QHBoxLayout>
 #include <QProgressBar>
@@ -44,9 +45,9 @@ ProgressPanel::ProgressPanel(QWidget *parent)
       m_total(new QProgressBar),
       m_steps(new QLabel),
       m_remaining(new QLabel),
-      m_go(new QPushButton(themedIcon(u"media-playback-start"_s), localised(u"V_go"_s))),
-      m_pause(new QPushButton),
-      m_stop(new QPushButton(themedIcon(u"media-playback-stop"_s), localised(u"V_stop"_s)))
+      m_go(new RoomyButton(themedIcon(u"media-playback-start"_s), localised(u"V_go"_s))),
+      m_pause(new RoomyButton),
+      m_stop(new RoomyButton(themedIcon(u"media-playback-stop"_s), localised(u"V_stop"_s)))
 {
     auto *column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
