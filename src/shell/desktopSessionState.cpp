@@ -40,9 +40,10 @@ SessionState DesktopSession::state()
         state.pending.append(pending.value(QString::number(number)).toString());
 
     state.isMaking = m_application.sheetDriver().isActive() && !m_isEnding;
-    if (state.isMaking)
-        state.unfinished =
-            readStr(prefStored(RunKeys::processEncDico).value_or(Dico()), Keys::dstPathStr);
+    if (state.isMaking) {
+        state.unfinished = m_application.sheetDriver().dstPathNow();
+        state.ahead = m_application.sheetDriver().dstPathAhead();
+    }
     return state;
 }
 
@@ -70,6 +71,7 @@ void DesktopSession::restore()
     setGoAllowed(batch.count() > 0);
     if (saved.isMaking) {
         clearUnfinished(saved.unfinished);
+        clearUnfinished(saved.ahead);
         Notice notice{NoticeKind::warning,
                       localised(u"V_crash_title"_s),
                       filled(localised(u"V_crash_text"_s), unmade),

@@ -129,6 +129,7 @@ private Q_SLOTS:
     void listSurvives();
     void quittingWhileRunning_data();
     void quittingWhileRunning();
+    void crashLeavesNothingOfTheRowAhead();
 
 private:
     QString clip(const QString &name) const { return m_clips.filePath(name); }
@@ -366,6 +367,34 @@ void TestDesktop::quittingWhileRunning()
     session = startSession();
     QCOMPARE(statusOf(*session, 0), localised(u"V_row_waiting"_s));
     QVERIFY(!session->window().notices().shown());
+}
+
+void TestDesktop::crashLeavesNothingOfTheRowAhead()
+{
+    auto session = startSession();
+    add(*session, {clip(u"a.mp4"_s), clip(u"more/b.mp4"_s)});
+    connect(&session->application().sheetDriver(), &SheetDriver::aheadBegun, session.get(),
+            [&session] { session->setPaused(true); });
+    session->go();
+    QFile list(state() + u"/batch.json"_s);
+    const QByteArray ahead = "\"ahead\":\"" + destination().toUtf8() + "/b-index\"";
+    QByteArray saved;
+    QTRY_VERIFY_WITH_TIMEOUT(
+        list.open(QIODevice::ReadOnly) && (saved = list.readAll(), list.close(), true) &&
+            saved.contains(ahead) && QFile::exists(destination() + u"/a-index.jpg"_s),
+        patience);
+    session.reset();
+    QCOMPARE(filesUnder(destination()), QStringList{u"a-index.jpg"_s});
+
+    // What the crash of a process leaves: the list as it was, and a folder without owner.
+    overwrite(list.fileName(), saved);
+    const QString folder = destination() + u"/b-index/extractedImg"_s;
+    QVERIFY(QDir().mkpath(folder));
+    overwrite(folder + u"/.vignar-extraction"_s, "1");
+    overwrite(folder + u"/img00.jpg"_s, "a picture");
+    session = startSession();
+    QCOMPARE(session->window().notices().shown()->title, localised(u"V_crash_title"_s));
+    QCOMPARE(filesUnder(destination()), QStringList{u"a-index.jpg"_s});
 }
 
 QTEST_MAIN(TestDesktop)
