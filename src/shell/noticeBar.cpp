@@ -131,6 +131,7 @@ void NoticeBar::showFirst()
     for (const Notice::Button &button : notice.buttons) {
         auto *push = new RoomyButton(button.words);
         m_buttons->insertWidget(m_buttons->count() - 1, push);
+        QWidget::setTabOrder(m_close->previousInFocusChain(), push);
         connect(push, &QPushButton::clicked, this, [this, title = notice.title, act = button.act] {
             withdraw(title);
             act();

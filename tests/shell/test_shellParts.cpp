@@ -3,9 +3,11 @@
 #include "settings/preferences.h"
 #include "settings/stringTables.h"
 #include "shell/alertBoxes.h"
+#include "shell/batchDrawer.h"
 #include "shell/choiceRow.h"
 #include "shell/desktopSession.h"
 #include "shell/mainMenu.h"
+#include "shell/noticeBar.h"
 #include "shell/remainingTime.h"
 #include "shell/sessionPreferences.h"
 #include "shell/sourceLog.h"
@@ -39,6 +41,7 @@ private Q_SLOTS:
     void brokenListIsKeptAside();
     void formatTellsWhatIsMade();
     void alertTellsButtonAndCheckBox();
+    void tabGoesDownTheWindow();
     void everyControlIsNamedAndReached_data();
     void everyControlIsNamedAndReached();
 };
@@ -143,6 +146,30 @@ void TestShellParts::alertTellsButtonAndCheckBox()
     QVERIFY(answer.isSuppressed);
     QVERIFY(shown.contains(u"<b>50%</b> exists"_s));
     QVERIFY(shown.contains(filled(localised(u"V_alert_countdown"_s), 10)));
+}
+
+void TestShellParts::tabGoesDownTheWindow()
+{
+    setSharedPreferenceStore({});
+    QTemporaryDir folder;
+    DesktopSession session(folder.path());
+    MainWindow &window = session.window();
+    window.setDrawerOpen(true);
+    window.notices().show({NoticeKind::warning, u"title"_s, {}, {{u"Retry"_s, [] {}}}});
+    window.show();
+    QList<int> tops;
+    for (const QWidget *control = window.nextInFocusChain(); control != &window;
+         control = control->nextInFocusChain()) {
+        const bool isReached = control->isVisible() && control->isEnabled() &&
+                               (control->focusPolicy() & Qt::TabFocus) != 0;
+        // What stands beside it comes next, and the list last.
+        if (isReached && !window.drawer().isAncestorOf(control))
+            tops.append(control->mapTo(&window, QPoint(0, control->height() / 2)).y() / 40);
+        else if (isReached)
+            tops.append(1000);
+    }
+    QVERIFY(tops.size() > 8);
+    QVERIFY(std::is_sorted(tops.begin(), tops.end()));
 }
 
 void TestShellParts::everyControlIsNamedAndReached_data()
