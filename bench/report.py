@@ -23,12 +23,13 @@ class Table:
                 for row in grid]
 
     def text(self) -> str:
-        return "\n".join([self.title, *self._lines("  ", ""), self.notes, ""])
+        return "\n".join([self.title, *self._lines("  ", ""), *filter(None, [self.notes]), ""])
 
     def markdown(self) -> str:
-        head, *body = self._lines(" | ", "|").copy()
+        head, *body = self._lines(" | ", "|")
         rule = "|" + "|".join("---" for _ in self.columns) + "|"
-        return "\n".join([f"## {self.title}", "", self.notes, "", head, rule, *body, ""])
+        notes = [self.notes, ""] if self.notes else []
+        return "\n".join([f"## {self.title}", "", *notes, head, rule, *body, ""])
 
 
 def verdict(value: float, unit: str, target: float, is_ceiling: bool = True) -> str:
