@@ -101,6 +101,8 @@ private:
 
     SessionState state();
     void restore();
+    void restoreWindow();
+    void saveWindow();
     void clearUnfinished(const QString &dstPath);
 
     bool mayClose();

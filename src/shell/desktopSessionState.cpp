@@ -6,6 +6,7 @@
 #include "settings/stringTables.h"
 #include "sheet/extractionFolder.h"
 #include "shell/noticeBar.h"
+#include "shell/shellKeys.h"
 #include "shell/windowPlaces.h"
 
 #include <QFileInfo>
@@ -51,10 +52,24 @@ void DesktopSession::start(const QStringList &paths)
 {
     // The list first: the drawer that it opens is part of the window's place.
     restore();
-    restoreWindowPlace(m_window, windowName);
+    restoreWindow();
     m_window.show();
     if (!paths.isEmpty())
         openFiles(paths);
+}
+
+void DesktopSession::restoreWindow()
+{
+    restoreWindowPlace(m_window, windowName);
+    if (const auto width = prefStored(ShellKeys::drawerWidth); width && m_window.isDrawerOpen())
+        m_window.setDrawerWidth(*width);
+}
+
+void DesktopSession::saveWindow()
+{
+    saveWindowPlace(m_window, windowName);
+    if (m_window.isDrawerOpen())
+        prefWrite(ShellKeys::drawerWidth, m_window.drawerWidth());
 }
 
 void DesktopSession::restore()
@@ -104,7 +119,7 @@ void DesktopSession::quitNow()
     m_window.setCloseQuestion({});
     if (!m_isEnding) {
         m_isEnding = true;
-        saveWindowPlace(m_window, windowName);
+        saveWindow();
         m_saved.freeze();
         m_application.stopAll();
     }
@@ -120,7 +135,7 @@ bool DesktopSession::mayClose()
         return false;
     // Saved before the stop: what it interrupts waits in the list of the next start.
     m_isEnding = true;
-    saveWindowPlace(m_window, windowName);
+    saveWindow();
     m_saved.freeze();
     m_application.stopAll();
     return true;

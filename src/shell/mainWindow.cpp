@@ -31,7 +31,7 @@ namespace
 
 constexpr int margin = 16;
 constexpr int spacing = 16;
-constexpr int drawerWidth = 360;
+constexpr int usualDrawerWidth = 360;
 
 } // namespace
 
@@ -112,6 +112,17 @@ bool MainWindow::isDrawerOpen() const
     return !m_splitter->widget(1)->isHidden();
 }
 
+int MainWindow::drawerWidth() const
+{
+    return m_splitter->widget(1)->width();
+}
+
+void MainWindow::setDrawerWidth(int width)
+{
+    const int all = this->width() - m_splitter->handleWidth();
+    m_splitter->setSizes({all - width, width});
+}
+
 void MainWindow::setDrawerOpen(bool isOpen)
 {
     m_menu->showList->setChecked(isOpen);
@@ -120,12 +131,12 @@ void MainWindow::setDrawerOpen(bool isOpen)
     QWidget *holder = m_splitter->widget(1);
     const bool canResize = !isMaximized() && !isFullScreen();
     const int controlsWidth = m_splitter->widget(0)->width();
-    const int added = isOpen ? drawerWidth : holder->width();
+    const int added = isOpen ? usualDrawerWidth : holder->width();
     holder->setVisible(isOpen);
     if (canResize)
         resize(width() + (isOpen ? added : -added), height());
     if (isOpen && canResize)
-        m_splitter->setSizes({controlsWidth, drawerWidth});
+        m_splitter->setSizes({controlsWidth, usualDrawerWidth});
 }
 
 void MainWindow::setChoiceHint(const QString &text)

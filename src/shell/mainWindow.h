@@ -41,6 +41,9 @@ public:
     /// The window grows and shrinks with its drawer where it can.
     void setDrawerOpen(bool isOpen);
     bool isDrawerOpen() const;
+    /// In pixels; what is set holds while the drawer is open.
+    int drawerWidth() const;
+    void setDrawerWidth(int width);
 
     /// Under the choosers: that the list was filled with other choices; empty hides it.
     void setChoiceHint(const QString &text);

@@ -316,6 +316,8 @@ void TestDesktop::listSurvives()
     waitForEnd(*session);
     QSignalSpy ended(session.get(), &DesktopSession::ended);
     const QSize size = session->window().size();
+    session->window().setDrawerWidth(320);
+    const int drawerWidth = session->window().drawerWidth();
     session->quit();
     QTRY_COMPARE(ended.size(), 1);
     session.reset();
@@ -325,6 +327,7 @@ void TestDesktop::listSurvives()
     QCOMPARE(session->model().rowCount(), 2);
     const QSize screen = session->window().screen()->availableSize();
     QCOMPARE(session->window().size(), size.boundedTo(screen));
+    QCOMPARE(session->window().drawerWidth(), drawerWidth);
     QCOMPARE(statusOf(*session, 0), localised(u"V_row_success"_s));
     QCOMPARE(statusOf(*session, 1), localised(u"V_row_missing"_s));
     const QModelIndex row = session->model().index(0);
