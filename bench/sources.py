@@ -37,8 +37,8 @@ TEN_MINUTES = Source("10 min of the same", "ten-minutes.mkv", "1280x720", 600, 2
 FULL = (
     HOUR,
     Source("1 h 1080p H.264, 1 s groups", "hour-1s.mp4", "1920x1080", 3600, 20.8,
-           h264(26, "2500k")),
-    Source("20 min 4K HEVC, 5 s groups", "4k.mkv", "3840x2160", 1200, 5.04,
+           h264(26, "2M")),
+    Source("15 min 4K HEVC, 5 s groups", "4k.mkv", "3840x2160", 900, 5.04,
            ("libx265", "-preset", "ultrafast", "-g", "126", "-x265-params", "log-level=error",
             "-b:v", "4M")),
     Source("10 min 576p MPEG-2 ts", "mpeg2.ts", "720x576", 600, 20,
