@@ -108,6 +108,8 @@ void JobsSession::told(WorkerProcess &worker, const Dico &message)
     const size_t position = *worker.source();
     Source &source = m_sources[position];
     const QString word = readStr(message, WorkerKeys::word);
+    source.isTold = source.isTold || word == WorkerWords::refused || word == WorkerWords::outcome ||
+                    word == WorkerWords::printed;
     if (word == WorkerWords::analysed) {
         source.naming = namingOf(message);
         source.stage = Source::Stage::ready;
@@ -126,7 +128,10 @@ void JobsSession::told(WorkerProcess &worker, const Dico &message)
         m_results.printed(position, readStr(message, WorkerKeys::text));
     } else if (word == WorkerWords::done) {
         sourceDone(position);
-        giveSource(worker);
+        if (read(message, WorkerKeys::isLast).value_or(false))
+            worker.setSource({});
+        else
+            giveSource(worker);
     }
 }
 
@@ -157,7 +162,11 @@ void JobsSession::sourceDone(size_t position)
     source.worker = nullptr;
     source.question.reset();
     ++m_done;
-    m_results.leftOut(position);
+    // An analysis that was stopped says nothing.
+    if (source.isTold || m_isStopping)
+        m_results.leftOut(position);
+    else
+        tellFailure(position, localised(u"V_reason_stopped"_s));
     goOn();
 }
 
@@ -168,15 +177,25 @@ void JobsSession::sourceLost(size_t position)
         cleanUpAfter(source.dstPath);
         m_lost.append(source.dstPath);
     }
-    const bool isPdf = m_screen.chosenFormat() == 0;
-    const QString reason = m_isStopping ? u"V_reason_stopped"_s : u"V_reason_processEnded"_s;
-    m_results.finished(
-        position,
-        {.source = source.path,
-         .reason = localised(reason),
-         .layout = m_screen.chosenLayout(),
-         .format = isPdf ? SheetFormat::pdf : pictureFormatOf(prefValue(Prefs::prefSheetFormat))});
+    if (!source.isTold)
+        tellFailure(position,
+                    localised(m_isStopping ? u"V_reason_stopped"_s : u"V_reason_processEnded"_s));
     sourceDone(position);
+}
+
+void JobsSession::tellFailure(size_t position, const QString &reason)
+{
+    Source &source = m_sources[position];
+    source.isTold = true;
+    if (m_screen.line().command != CommandLine::Command::sheet)
+        return m_results.refused(position, source.path, reason);
+    const SheetFormat format = m_screen.chosenFormat() == 0
+                                   ? SheetFormat::pdf
+                                   : pictureFormatOf(prefValue(Prefs::prefSheetFormat));
+    m_results.finished(position, {.source = source.path,
+                                  .reason = reason,
+                                  .layout = m_screen.chosenLayout(),
+                                  .format = format});
 }
 
 void JobsSession::workerEnded(WorkerProcess &worker)
@@ -271,8 +290,10 @@ void JobsSession::showProgress()
         made += double(source.landed) / source.planned;
     }
     const auto total = double(m_sources.size());
-    m_progress.show(filled(u"[%ld/%lu] %@ %ld/%ld ", m_done, m_sources.size(),
-                           localisedCapitalised(u"th"_s), landed, planned) +
+    const QString pictures =
+        planned > 0 ? filled(u"%@ %ld/%ld ", localisedCapitalised(u"th"_s), landed, planned)
+                    : QString();
+    m_progress.show(filled(u"[%ld/%lu] ", m_done, m_sources.size()) + pictures +
                     u"%1% %2"_s.arg(int(100 * made / total), 3)
                         .arg(QFileInfo(m_sources[m_oldest].path).fileName()));
 }

@@ -48,6 +48,8 @@ private:
         /// Path of its sheet without extension, once that is settled.
         QString dstPath;
         std::optional<AlertRequest> question;
+        /// What became of it has been told.
+        bool isTold = false;
         int landed = 0;
         int planned = 0;
     };
@@ -61,6 +63,7 @@ private:
     void takeProgress(Source &source, const Dico &message);
     void sourceDone(size_t position);
     void sourceLost(size_t position);
+    void tellFailure(size_t position, const QString &reason);
 
     void goOn();
     void makeInOrder();

@@ -160,7 +160,9 @@ void Worker::done()
 {
     releaseSummaryLog();
     m_hasSource = false;
-    m_channel.say(workerMessage(WorkerWords::done));
+    Dico message = workerMessage(WorkerWords::done);
+    write(message, WorkerKeys::isLast, m_isStopping);
+    m_channel.say(message);
     if (m_isStopping)
         quit();
 }

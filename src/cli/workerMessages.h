@@ -24,6 +24,8 @@ inline constexpr Key<QString> text{"text"};
 inline constexpr Key<int> number{"number"};
 /// The button of an answer.
 inline constexpr Key<int> button{"button"};
+/// The worker ends by itself and takes no other source.
+inline constexpr Key<bool> isLast{"isLast"};
 /// Pictures that are there, and pictures planned.
 inline constexpr Key<int> landed{"landed"};
 inline constexpr Key<int> planned{"planned"};

@@ -3,9 +3,11 @@
 #include "support/makeClip.h"
 
 #include <QFile>
+#include <QImage>
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
@@ -21,6 +23,23 @@ QByteArray contents(const QString &path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+/// The largest difference of two pictures in any colour of any pixel; 256 where the sizes
+/// differ.
+int largestDifference(const QString &one, const QString &other)
+{
+    const QImage first = QImage(one).convertToFormat(QImage::Format_RGB888);
+    const QImage second = QImage(other).convertToFormat(QImage::Format_RGB888);
+    if (first.isNull() || first.size() != second.size())
+        return 256;
+    int largest = 0;
+    for (int row = 0; row < first.height(); ++row) {
+        for (int byte = 0; byte < 3 * first.width(); ++byte)
+            largest = std::max(largest, std::abs(first.constScanLine(row)[byte] -
+                                                 second.constScanLine(row)[byte]));
+    }
+    return largest;
 }
 
 /// The processes whose arguments hold the text, our own aside.
@@ -89,6 +108,7 @@ private Q_SLOTS:
 
     void tellsTheSameAsOneAfterAnother();
     void analysesTheSame();
+    void aDeadWorkerCostsItsSource_data();
     void aDeadWorkerCostsItsSource();
     void endsWithItsWorkers_data();
     void endsWithItsWorkers();
@@ -107,7 +127,7 @@ private:
 void TestJobs::initTestCase()
 {
     m_long = m_clips.filePath(u"a/x.mp4"_s);
-    QVERIFY(makeClip(m_long, u"testsrc2=s=640x360:r=25:d=60"_s,
+    QVERIFY(makeClip(m_long, u"testsrc2=s=640x360:r=25:d=30"_s,
                      {u"-preset"_s, u"ultrafast"_s, u"-g"_s, u"9999"_s}));
     QVERIFY(makeClip(m_clips.filePath(u"b/x.mp4"_s), u"testsrc2=s=320x240:r=10:d=12"_s));
     QVERIFY(makeClip(m_clips.filePath(u"c/x.mkv"_s), u"testsrc=s=320x240:r=10:d=12"_s));
@@ -133,17 +153,18 @@ QStringList TestJobs::sheetArguments(const QString &jobs, const QString &destina
 void TestJobs::tellsTheSameAsOneAfterAnother()
 {
     QStringList told[2];
-    QList<QByteArray> sheets[2];
+    QStringList sheets[2];
     for (int run = 0; run < 2; ++run) {
         const QString out = m_out->filePath(QString::number(run));
         QVERIFY(QDir().mkpath(out));
-        const ProgramRun program =
-            runVignar(sheetArguments(run == 0 ? u"1"_s : u"4"_s, out, {m_clips.path()}));
+        const ProgramRun program = runVignar(sheetArguments(
+            run == 0 ? u"1"_s : u"4"_s, out, {u"--thumbs"_s, u"6"_s, m_clips.path()}));
         QCOMPARE(program.status, 1);
         QVERIFY(program.errors.contains(u"text.mp4: "_s));
         for (QJsonObject line : program.lines) {
             line.remove(u"seconds"_s);
-            sheets[run].append(contents(line[u"sheet"_s].toString()));
+            if (line[u"status"_s] == u"made"_s)
+                sheets[run].append(line[u"sheet"_s].toString());
             told[run].append(
                 QString::fromUtf8(QJsonDocument(line).toJson()).replace(out, u"out"_s));
         }
@@ -151,7 +172,12 @@ void TestJobs::tellsTheSameAsOneAfterAnother()
     }
     QCOMPARE(told[0].size(), 5 + 4);
     QCOMPARE(told[1], told[0]);
-    QCOMPARE(sheets[1], sheets[0]);
+    QCOMPARE(sheets[0].size(), 4);
+    // The toolkit draws a letter a shade differently once it has drawn it elsewhere before,
+    // so a sheet that is not the first of its process may differ by that, not by a picture.
+    constexpr int shade = 24;
+    for (qsizetype sheet = 0; sheet < sheets[0].size(); ++sheet)
+        QVERIFY(largestDifference(sheets[0][sheet], sheets[1][sheet]) <= shade);
 }
 
 void TestJobs::analysesTheSame()
@@ -164,19 +190,29 @@ void TestJobs::analysesTheSame()
     QCOMPARE(four.status, one.status);
 }
 
+void TestJobs::aDeadWorkerCostsItsSource_data()
+{
+    QTest::addColumn<int>("signal");
+    QTest::newRow("killed") << SIGKILL;
+    QTest::newRow("told to end") << SIGTERM;
+}
+
 void TestJobs::aDeadWorkerCostsItsSource()
 {
+    QFETCH(int, signal);
     QProcess process;
     process.start(
         QStringLiteral(VIGNAR_CLI),
         sheetArguments(u"2"_s, m_out->path(),
                        {m_long, m_clips.filePath(u"b/x.mp4"_s), m_clips.filePath(u"c"_s)}));
-    QTRY_VERIFY_WITH_TIMEOUT(!filesUnder(m_out->path()).filter(u"img00.jpg"_s).isEmpty() &&
-                                 workerOn(m_long) > 0,
-                             patience);
-    const pid_t worker = workerOn(m_long);
-    QVERIFY(worker > 0 && worker != process.processId());
-    QCOMPARE(::kill(worker, SIGKILL), 0);
+    pid_t worker = 0;
+    const auto isExtracting = [&] {
+        worker = workerOn(m_long);
+        return worker > 0 && !filesUnder(m_out->path()).filter(u"img00.jpg"_s).isEmpty();
+    };
+    QVERIFY(QTest::qWaitFor(isExtracting, patience));
+    QVERIFY(worker != process.processId());
+    QCOMPARE(::kill(worker, signal), 0);
     const ProgramRun run = finished(process);
     QCOMPARE(run.status, 1);
     QStringList statuses;
