@@ -62,7 +62,7 @@ void WorkerChannel::tellPending()
 std::optional<Dico> WorkerChannel::awaitAnswer()
 {
     do {
-        while (const auto message = takeMessage()) {
+        while (auto message = takeMessage()) {
             const QString word = readStr(*message, WorkerKeys::word);
             if (word == WorkerWords::answer)
                 return message;
