@@ -49,7 +49,7 @@ void DesktopSession::setProgressMaximum(ProgressBar bar, double maximum)
         return;
     m_window.progress().setStepsMaximum(maximum);
     // The row has its extraction folder now, which a later start must be able to find.
-    m_saved.changed();
+    m_saved.changedMuch();
 }
 
 void DesktopSession::setProgressValue(ProgressBar bar, double value)

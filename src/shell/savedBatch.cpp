@@ -12,7 +12,12 @@ SavedBatch::SavedBatch(const QString &folder, std::function<SessionState()> curr
     m_writer.setMaxThreadCount(1);
     m_timer.setSingleShot(true);
     m_timer.setInterval(saveDelay);
-    connect(&m_timer, &QTimer::timeout, this, &SavedBatch::saveAside);
+    connect(&m_timer, &QTimer::timeout, this, [this] {
+        if (m_isWriting)
+            m_timer.start();
+        else
+            saveAside();
+    });
 }
 
 SavedBatch::~SavedBatch()
@@ -27,12 +32,18 @@ void SavedBatch::changed()
         m_timer.start();
 }
 
+void SavedBatch::changedMuch()
+{
+    if (!m_isFrozen)
+        saveAside();
+}
+
 void SavedBatch::saveAside()
 {
-    if (m_isWriting) {
-        m_timer.start();
+    m_timer.stop();
+    m_isAnotherDue = m_isWriting;
+    if (m_isWriting)
         return;
-    }
     m_isWriting = true;
     m_writer.start([this, state = m_current()] {
         QElapsedTimer clock;
@@ -42,6 +53,8 @@ void SavedBatch::saveAside()
         QMetaObject::invokeMethod(this, [this, pause] {
             m_isWriting = false;
             m_timer.setInterval(std::max(saveDelay, pause));
+            if (m_isAnotherDue && !m_isFrozen)
+                saveAside();
         });
     });
 }

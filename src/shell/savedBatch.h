@@ -32,6 +32,8 @@ public:
 
     /// Something has changed.
     void changed();
+    /// Something has changed that a crash in this moment must not lose.
+    void changedMuch();
     /// Saves now and waits for it; false when the state could not be written.
     bool save();
     /// Saves now, and nothing that changes from then on.
@@ -45,6 +47,7 @@ private:
     QTimer m_timer;
     QThreadPool m_writer;
     bool m_isWriting = false;
+    bool m_isAnotherDue = false;
     bool m_isFrozen = false;
 };
 
