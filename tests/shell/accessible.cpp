@@ -79,6 +79,11 @@ QString Accessible::name() const
     return property(u"Name"_s).toString();
 }
 
+QString Accessible::description() const
+{
+    return property(u"Description"_s).toString();
+}
+
 QString Accessible::role() const
 {
     return call(u"org.a11y.atspi.Accessible"_s, u"GetRoleName"_s).toString();

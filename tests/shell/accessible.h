@@ -29,6 +29,7 @@ public:
     static std::optional<Accessible> named(const QString &name);
 
     QString name() const;
+    QString description() const;
     QString role() const;
     bool is(State state) const;
     QList<Accessible> children() const;
