@@ -78,6 +78,7 @@ public:
         m_timer.start(beat);
     }
 
+    bool hasBeaten() const { return !m_delays.isEmpty(); }
     QList<double> sortedDelays()
     {
         std::sort(m_delays.begin(), m_delays.end());
@@ -128,7 +129,7 @@ void measure(const char *what, Start start, IsDone isDone)
     QElapsedTimer clock;
     clock.start();
     start();
-    while (!isDone())
+    while (!isDone() || !heart.hasBeaten())
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     const double seconds = 1e-3 * double(clock.elapsed());
     const QList<double> delays = heart.sortedDelays();
