@@ -38,22 +38,12 @@ bool take(const SourceDico &source, const QStringList &pass)
     return true;
 }
 
-/// The quick form without the pictures between two key pictures: containers with an index do
-/// not even read them. A sheet is exact, but a poster may pass over an intra picture that is
-/// no key picture.
-QStringList keyPicturesOnly(QStringList arguments)
-{
-    const qsizetype input = arguments.indexOf(u"-skip_frame"_s);
-    arguments.insert(input, u"nokey"_s);
-    arguments.insert(input, u"-discard"_s);
-    return arguments;
-}
-
+/// In its quick form first, as the pictures of a sheet.
 bool takeIntra(const SourceDico &source, const QStringList &pass)
 {
     if (!prefValue(Prefs::prefPlainPasses)) {
         for (const FastRun &quick : intraRuns({{0, pass}}, source, 1)) {
-            if (take(source, keyPicturesOnly(quick.arguments)))
+            if (take(source, quick.arguments))
                 return true;
         }
     }

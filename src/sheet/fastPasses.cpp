@@ -1,6 +1,7 @@
 #include "sheet/fastPasses.h"
 
 #include "classShared/format.h"
+#include "sheet/excerpts.h"
 #include "sheet/extractionPasses.h"
 #include "sheet/pictureTimes.h"
 
@@ -86,6 +87,12 @@ bool isToldByItsHeader(const SourceDico &source)
            (container.startsWith("mov,"_L1) || container.startsWith("matroska,"_L1));
 }
 
+bool holdsPicturesBack(const SourceDico &source)
+{
+    const QString codec = read(source, Keys::v_codec, 0).value_or(QString());
+    return codec == u"h264" || codec == u"hevc";
+}
+
 /// Input options that leave out whatever the intra selection would drop anyway.
 QStringList intraOnly(const SourceDico &source)
 {
@@ -93,16 +100,33 @@ QStringList intraOnly(const SourceDico &source)
     if (isToldByItsHeader(source))
         options << u"-nofind_stream_info"_s;
     options << QStringList{u"-skip_frame"_s, u"nointra"_s, u"-threads"_s, u"1"_s};
-    // These decoders hold pictures back to put them in order, of which intra pictures on
-    // their own have no need.
-    const QString codec = read(source, Keys::v_codec, 0).value_or(QString());
-    if (codec == u"h264" || codec == u"hevc")
+    // To put them in order, of which intra pictures on their own have no need.
+    if (holdsPicturesBack(source))
         options << u"-flags"_s << u"low_delay"_s;
     return options;
 }
 
-FastRun intraRun(const PassMap &passes, const QStringList &options)
+/// Even without delay these decoders wait for further pictures, here intra pictures that may
+/// be far away. What ends behind the time of the pass makes them hand out what they have.
+QStringList excerptOf(const Pass &pass, const SourceDico &source)
 {
+    const double duration = pass.output.value(pass.output.indexOf(u"-t"_s) + 1).toDouble();
+    const bool isOnlySought = pass.input.size() == 2 && pass.input.constFirst() == u"-ss";
+    if (!isOnlySought || !(duration > 0) || !holdsPicturesBack(source) ||
+        !isToldByItsHeader(source) || !hasOnePictureStream(source) || !opensExcerpts(pass.tool))
+        return {};
+    return excerptInput(pass.source, pass.instant, pass.instant + duration);
+}
+
+QStringList inputOf(const Pass &pass, const SourceDico &source)
+{
+    const QStringList excerpt = excerptOf(pass, source);
+    return excerpt.isEmpty() ? pass.input + QStringList{u"-i"_s, pass.source} : excerpt;
+}
+
+FastRun intraRun(const PassMap &passes, const SourceDico &source)
+{
+    const QStringList options = intraOnly(source);
     FastRun run;
     QStringList inputs;
     QStringList outputs;
@@ -110,7 +134,7 @@ FastRun intraRun(const PassMap &passes, const QStringList &options)
         const Pass pass = takenApart(arguments);
         if (run.arguments.isEmpty())
             run.arguments << pass.tool << u"-loglevel"_s << u"info"_s;
-        inputs << options << pass.input << u"-i"_s << pass.source;
+        inputs << options << inputOf(pass, source);
         if (passes.size() > 1)
             outputs << u"-map"_s << u"%1:V:0"_s.arg(run.pictures.size());
         outputs << pass.output << pass.path;
@@ -145,8 +169,7 @@ QStringList freeOfSelection(const QStringList &arguments)
         // The tool goes on to filter what comes after the picture. De-interlacing looks at the
         // next one.
         const int needed = pass.at(filter).contains(u"yadif"_s) ? 2 : 1;
-        pass[filter] =
-            filled(u"trim=end_frame=%d,", needed) + tellingAsSubstitute(pass.at(filter));
+        pass[filter] = filled(u"trim=end_frame=%d,", needed) + tellingAsSubstitute(pass.at(filter));
     }
     return pass;
 }
@@ -186,13 +209,12 @@ std::vector<FastRun> intraRuns(const PassMap &passes, const SourceDico &source, 
     std::ranges::copy_if(passes, std::inserter(selecting, selecting.end()),
                          [](const auto &pass) { return selectsIntraPictures(pass.second); });
     const int share = picturesARun(qsizetype(selecting.size()), source, std::max(1, processes));
-    const QStringList options = intraOnly(source);
     std::vector<FastRun> runs;
     PassMap group;
     for (auto pass = selecting.cbegin(); pass != selecting.cend(); ++pass) {
         group.insert(*pass);
         if (group.size() == size_t(share) || std::next(pass) == selecting.cend())
-            runs.push_back(intraRun(std::exchange(group, {}), options));
+            runs.push_back(intraRun(std::exchange(group, {}), source));
     }
     return runs;
 }

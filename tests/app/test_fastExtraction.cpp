@@ -1,5 +1,6 @@
 #include "app/passExecutor.h"
 #include "settings/stringTables.h"
+#include "sheet/excerpts.h"
 #include "sheet/extractionPasses.h"
 #include "tasks/blockingRuns.h"
 #include "tasks/toolPlaces.h"
@@ -110,6 +111,9 @@ private Q_SLOTS:
             for (const FastRun &run : intraRuns(planned, source, 2))
                 QCOMPARE(run.arguments.contains(isNotLookedFor), start == 0);
         }
+        // The list that tells of an excerpt has one line for a path.
+        for (const QString &path : {u"/v/'a b'.mp4"_s, u"/v/a\nb.mp4"_s})
+            QCOMPARE(excerptInput(path, 1, 2).isEmpty(), path.contains(u'\n'));
         // Which of two streams ffmpeg takes is for it alone to say.
         write(source, Keys::v_codec, 1, u"mjpeg"_s);
         for (const FastRun &run : intraRuns(planned, source, 2))
@@ -128,9 +132,11 @@ private Q_SLOTS:
         };
         row("an intra picture a second", u"a.mp4"_s, u"-t 12 -c:v libx264 -g 25"_s, u"h264"_s);
         row("one intra picture in all", u"b.mp4"_s, u"-t 12 -c:v libx264 -g 999"_s, u"h264"_s);
-        row("intra pictures far apart", u"c.mkv"_s,
+        row("intra pictures far apart", u"c's 100% é.mkv"_s,
             u"-t 40 -c:v libx264 -preset ultrafast -g 400 -keyint_min 400 -sc_threshold 0"_s,
             u"h264"_s);
+        row("turned", u"h.mp4"_s,
+            u"-t 20 -c:v libx264 -preset ultrafast -g 100 -metadata:s:v:0 rotate=90"_s, u"h264"_s);
         row("interlaced", u"d.ts"_s, u"-t 6 -c:v mpeg2video -q:v 5 -flags +ildct+ilme -top 1"_s,
             u"mpeg2video"_s, true);
         row("stretch of interlaced", u"e.ts"_s,
