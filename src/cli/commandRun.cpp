@@ -19,10 +19,11 @@ using Command = CommandLine::Command;
 namespace
 {
 
-void failAll(const QStringList &sources, const QString &reason, Results &results)
+void failAll(const CommandScreen &screen, const QStringList &sources, const QString &reason,
+             Results &results)
 {
     for (const QString &source : sources)
-        results.finished(results.positionOf(source), {.source = source, .reason = reason});
+        results.finished(results.positionOf(source), screen.failure(source, reason));
 }
 
 /// False when it was interrupted.
@@ -46,7 +47,7 @@ int runSources(const CommandLine &line, ProgressLine &progress, const JobsPlan &
         results.refused(results.positionOf(refused.source), refused.source, refused.reason);
     bool isInterrupted = false;
     if (line.command == Command::sheet && screen.isDestinationMissing())
-        failAll(arguments.files,
+        failAll(screen, arguments.files,
                 filled(localised(u"V_reason_destination"_s),
                        QDir::cleanPath(screen.destinationField())),
                 results);

@@ -40,6 +40,16 @@ bool CommandScreen::isDestinationMissing() const
     return !isMovies && !QFileInfo(field).isDir();
 }
 
+SheetOutcome CommandScreen::failure(const QString &source, const QString &reason) const
+{
+    const bool isPdf = chosenFormat() == 0;
+    return {.source = source,
+            .reason = reason,
+            .layout = chosenLayout(),
+            .format =
+                isPdf ? SheetFormat::pdf : pictureFormatOf(prefValue(Prefs::prefSheetFormat))};
+}
+
 void CommandScreen::answerReplaceQuestion() const
 {
     using Existing = CommandLine::Existing;

@@ -23,6 +23,9 @@ public:
     /// preferences, and is not there.
     bool isDestinationMissing() const;
 
+    /// The end of a source that no run has told of.
+    SheetOutcome failure(const QString &source, const QString &reason) const;
+
     /// Answers the replace question for the next run as --existing says.
     void answerReplaceQuestion() const;
 

@@ -189,13 +189,7 @@ void JobsSession::tellFailure(size_t position, const QString &reason)
     source.isTold = true;
     if (m_screen.line().command != CommandLine::Command::sheet)
         return m_results.refused(position, source.path, reason);
-    const SheetFormat format = m_screen.chosenFormat() == 0
-                                   ? SheetFormat::pdf
-                                   : pictureFormatOf(prefValue(Prefs::prefSheetFormat));
-    m_results.finished(position, {.source = source.path,
-                                  .reason = reason,
-                                  .layout = m_screen.chosenLayout(),
-                                  .format = format});
+    m_results.finished(position, m_screen.failure(source.path, reason));
 }
 
 void JobsSession::workerEnded(WorkerProcess &worker)
