@@ -38,7 +38,8 @@ public:
                              m_thread->wait();
                              // It is on the call stack.
                              m_thread.release()->deleteLater();
-                             Answer answer = std::move(*std::exchange(m_answer, {}));
+                             Answer answer = std::move(*m_answer);
+                             m_answer.reset();
                              take(std::move(answer));
                          });
         m_thread->start();
