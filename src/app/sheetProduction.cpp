@@ -6,8 +6,6 @@
 #include "sheet/extractionPasses.h"
 #include "sheet/thumbnailPlan.h"
 
-#include <QThreadPool>
-
 namespace vignar
 {
 
@@ -15,14 +13,6 @@ using namespace Qt::StringLiterals;
 
 namespace
 {
-
-void correctColours(const QStringList &pictures, const LumaWeights &matrix)
-{
-    QThreadPool threads;
-    for (const QString &picture : pictures)
-        threads.start([picture, matrix] { convertToJpegMatrix(picture, matrix); });
-    threads.waitForDone();
-}
 
 Dico timecodesOfPictures(const SheetProduction &production)
 {
@@ -83,8 +73,10 @@ SheetProduct produceSheet(const SheetProduction &production,
         product.sheet = Failure{localised(u"V_reason_noThumbnail"_s)};
         return product;
     }
-    if (production.matrix && mayGoOn())
-        correctColours(pictures, *production.matrix);
+    for (const QString &picture : pictures) {
+        if (production.matrix)
+            noteMatrix(picture, *production.matrix);
+    }
     if (mayGoOn())
         product.sheet = composeSheet(displayOf(production, pictures), production.format, mayGoOn);
     if (product.isStopped || !product.sheet)

@@ -1,5 +1,6 @@
 #include "sheet/jpegReading.h"
 
+#include "sheet/pictureMatrix.h"
 #include "sheet/turboJpeg.h"
 
 #include <QFile>
@@ -15,8 +16,6 @@ namespace
 
 /// Larger pictures than the passes write are nobody's hurry.
 constexpr int largestSide = 16384;
-/// Native order of RGB32; the library fills the alpha byte with 255.
-constexpr int pixelFormat = Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? TJPF_BGRA : TJPF_ARGB;
 
 /// The size to decode at: the library shrinks to eighths, of which it has quick forms of
 /// these only, and what is wanted must not exceed it.
@@ -34,8 +33,10 @@ QSize decodedSize(const QSize &stored, const QSize &wanted)
 }
 
 /// A picture that is known by its header: its size, or an empty one where it is not ours.
-QSize storedSize(tjhandle turbo, const uchar *bytes, unsigned long length)
+QSize storedSize(tjhandle turbo, const QByteArray &content)
 {
+    const auto *bytes = reinterpret_cast<const uchar *>(content.constData());
+    const auto length = static_cast<unsigned long>(content.size());
     QSize size;
     int subsampling = 0;
     int colours = 0;
@@ -46,6 +47,17 @@ QSize storedSize(tjhandle turbo, const uchar *bytes, unsigned long length)
     return size;
 }
 
+QImage plainPicture(tjhandle turbo, const QByteArray &content, const QSize &size)
+{
+    QImage picture(size, QImage::Format_RGB32);
+    if (picture.isNull() ||
+        tjDecompress2(turbo, reinterpret_cast<const uchar *>(content.constData()),
+                      static_cast<unsigned long>(content.size()), picture.bits(), size.width(),
+                      int(picture.bytesPerLine()), size.height(), nativePixels, 0) != 0)
+        return {};
+    return picture;
+}
+
 } // namespace
 
 QImage jpegPicture(const QString &path, const QSize &size)
@@ -54,20 +66,17 @@ QImage jpegPicture(const QString &path, const QSize &size)
     if (!file.open(QIODevice::ReadOnly) || file.peek(2) != QByteArrayView("\xff\xd8"))
         return {};
     const QByteArray content = file.readAll();
-    const auto *bytes = reinterpret_cast<const uchar *>(content.constData());
-    const auto length = static_cast<unsigned long>(content.size());
     const TurboHandle turbo(tjInitDecompress());
-    const QSize stored = turbo ? storedSize(turbo.get(), bytes, length) : QSize();
+    const QSize stored = turbo ? storedSize(turbo.get(), content) : QSize();
     if (stored.isEmpty())
         return {};
     const QSize decoded = decodedSize(stored, size);
-    QImage picture(decoded, QImage::Format_RGB32);
-    if (picture.isNull() ||
-        tjDecompress2(turbo.get(), bytes, length, picture.bits(), decoded.width(),
-                      int(picture.bytesPerLine()), decoded.height(), pixelFormat, 0) != 0)
-        return {};
-    return size.isEmpty() ? picture
-                          : picture.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    const auto matrix = notedMatrix(content);
+    const QImage picture = matrix ? pictureOfMatrix(content, decoded, *matrix)
+                                  : plainPicture(turbo.get(), content, decoded);
+    return size.isEmpty() || picture.isNull()
+               ? picture
+               : picture.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
 }
 
 } // namespace vignar

@@ -70,7 +70,8 @@ struct YccPicture {
     }
 };
 
-std::optional<YccPicture> decoded(const QByteArray &file)
+/// At its own size where that is empty.
+std::optional<YccPicture> decoded(const QByteArray &file, const QSize &shrunk = {})
 {
     const TurboHandle turbo(tjInitDecompress());
     const auto *bytes = reinterpret_cast<const unsigned char *>(file.constData());
@@ -82,6 +83,10 @@ std::optional<YccPicture> decoded(const QByteArray &file)
                             &picture.subsampling, &colours) != 0 ||
         colours != TJCS_YCbCr || std::max(picture.width, picture.height) > largestSide)
         return std::nullopt;
+    if (!shrunk.isEmpty()) {
+        picture.width = shrunk.width();
+        picture.height = shrunk.height();
+    }
     for (int component = 0; component < 3; ++component) {
         Plane &plane = picture.planes[component];
         plane.width = tjPlaneWidth(component, picture.width, picture.subsampling);
@@ -108,6 +113,19 @@ QByteArray encoded(YccPicture &picture)
         file = QByteArray(reinterpret_cast<const char *>(bytes), qsizetype(size));
     tjFree(bytes);
     return file;
+}
+
+QImage inColours(YccPicture &picture)
+{
+    const TurboHandle turbo(tjInitDecompress());
+    auto planes = picture.data();
+    const unsigned char *constPlanes[] = {planes[0], planes[1], planes[2]};
+    QImage image(picture.width, picture.height, QImage::Format_RGB32);
+    const bool isDecoded = turbo && !image.isNull() &&
+                           tjDecodeYUVPlanes(turbo.get(), constPlanes, nullptr, picture.subsampling,
+                                             image.bits(), image.width(), int(image.bytesPerLine()),
+                                             image.height(), nativePixels, 0) == 0;
+    return isDecoded ? image : QImage();
 }
 
 /// What a stored colour difference contributes to the new luma and to the new differences,
@@ -209,6 +227,12 @@ bool replaceFile(const QString &path, const QByteArray &content)
     return false;
 }
 
+constexpr qsizetype startLength = 2;
+const QByteArray startOfPicture = "\xff\xd8"_ba;
+/// A comment follows, its length being told in two bytes, which count as well.
+const QByteArray startOfComment = "\xff\xfe"_ba;
+const QByteArray noteName = "matrix "_ba;
+
 } // namespace
 
 std::optional<LumaWeights> foreignMatrix(const SourceDico &source)
@@ -237,6 +261,42 @@ bool convertToJpegMatrix(const QString &picture, const LumaWeights &from)
     if (!isConverted)
         logLine(u"matrix not converted:-( '%@'", picture);
     return isConverted;
+}
+
+bool noteMatrix(const QString &picture, const LumaWeights &matrix)
+{
+    QFile file(picture);
+    const QByteArray content = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    file.close();
+    if (!content.startsWith(startOfPicture))
+        return false;
+    const QByteArray note =
+        noteName + QByteArray::number(matrix.red) + ' ' + QByteArray::number(matrix.blue);
+    const char length[] = {'\0', char(note.size() + 2)};
+    return replaceFile(picture, startOfPicture + startOfComment + QByteArray(length, 2) + note +
+                                    content.sliced(startLength));
+}
+
+std::optional<LumaWeights> notedMatrix(const QByteArray &jpeg)
+{
+    const QByteArray comment = startOfPicture + startOfComment;
+    if (!jpeg.startsWith(comment) || jpeg.size() < comment.size() + 2)
+        return std::nullopt;
+    const qsizetype length = uchar(jpeg[comment.size() + 1]) - 2;
+    const QByteArray note = jpeg.mid(comment.size() + 2, length);
+    if (!note.startsWith(noteName))
+        return std::nullopt;
+    const QByteArrayList weights = note.sliced(noteName.size()).split(' ');
+    return LumaWeights{weights.value(0).toDouble(), weights.value(1).toDouble()};
+}
+
+QImage pictureOfMatrix(const QByteArray &jpeg, const QSize &size, const LumaWeights &matrix)
+{
+    auto ycc = decoded(jpeg, size);
+    if (!ycc)
+        return {};
+    change(*ycc, MatrixChange(matrix));
+    return inColours(*ycc);
 }
 
 } // namespace vignar

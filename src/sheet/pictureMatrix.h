@@ -2,6 +2,9 @@
 
 #include "classShared/sourceDico.h"
 
+#include <QByteArray>
+#include <QImage>
+
 #include <optional>
 
 namespace vignar
@@ -21,5 +24,17 @@ std::optional<LumaWeights> foreignMatrix(const SourceDico &source);
 /// Rewrites a JPEG picture whose matrix is the given one so that it is BT.601. False when
 /// it cannot be read or written; it is then as it was. Any thread.
 bool convertToJpegMatrix(const QString &picture, const LumaWeights &from);
+
+/// Notes in a JPEG picture, as a comment, that its matrix is the given one: loadedPicture()
+/// heeds that, and no picture is encoded again. False when it cannot be; it is then as it
+/// was. Any thread.
+bool noteMatrix(const QString &picture, const LumaWeights &matrix);
+
+/// What noteMatrix() has noted in a file's content.
+std::optional<LumaWeights> notedMatrix(const QByteArray &jpeg);
+
+/// A JPEG picture of that matrix as RGB32, decoded at a size that the library offers, which is
+/// that of the picture or a part of it in eighths. Null where it cannot be decoded.
+QImage pictureOfMatrix(const QByteArray &jpeg, const QSize &size, const LumaWeights &matrix);
 
 } // namespace vignar

@@ -1,4 +1,5 @@
 #include "sheet/extractionPasses.h"
+#include "sheet/imageExport.h"
 #include "sheet/pictureMatrix.h"
 #include "sheet/toneMapping.h"
 #include "tasks/blockingRuns.h"
@@ -154,8 +155,14 @@ void TestColours::picturesShowTheColoursOfTheSource()
     for (const QStringList &each : {pass, withRunUp(pass)}) {
         QFile::remove(pass.constLast());
         taskArray(each);
-        if (const auto matrix = foreignMatrix(source))
+        if (const auto matrix = foreignMatrix(source)) {
+            const QString noted = folder.filePath(u"noted.jpg"_s);
+            QFile::remove(noted);
+            QVERIFY(QFile::copy(pass.constLast(), noted) && noteMatrix(noted, *matrix));
+            QCOMPARE(differences(loadedPicture(noted)), QString());
+            QCOMPARE(differences(loadedPicture(noted, clip.size / 2).scaled(clip.size)), QString());
             QVERIFY(convertToJpegMatrix(pass.constLast(), *matrix));
+        }
         const QImage picture(pass.constLast());
         QCOMPARE(picture.size(), clip.size);
         QCOMPARE(differences(picture), QString());
@@ -184,6 +191,7 @@ void TestColours::damagedPicturesStayAsTheyAre()
     QVERIFY(file.open(QIODevice::ReadWrite) && file.write("\xff\xd8\xff\xe0 no picture") > 0);
     file.close();
     QVERIFY(!convertToJpegMatrix(file.fileName(), {0.2126, 0.0722}));
+    QVERIFY(!noteMatrix(folder.filePath(u"missing.jpg"_s), {0.2126, 0.0722}));
     QCOMPARE(QFile(file.fileName()).size(), 15);
 }
 
