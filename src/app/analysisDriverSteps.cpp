@@ -8,6 +8,7 @@
 #include "classShared/paths.h"
 #include "settings/preferences.h"
 #include "settings/stringTables.h"
+#include "sheet/excerpts.h"
 #include "tasks/toolPlaces.h"
 #include "tasks/workFolder.h"
 
@@ -107,6 +108,7 @@ StepEnd AnalysisDriver::judgeReport()
     const QString source = prefReadStr(RunKeys::analysisSrcPathStr);
     if (report().isNull())
         logLine(u"analysisTaskVerboseM:-( no useable info (analysisFfmpegResult)");
+    hearVersion(ffmpegPath(), report());
     if (m_canWriteFrames && lacksFrameFormat(report())) {
         // A report without frames still tells all but the field order.
         m_canWriteFrames = false;

@@ -5,10 +5,6 @@
 #include "settings/alerts.h"
 #include "settings/preferences.h"
 #include "settings/stringTables.h"
-#include "sheet/excerpts.h"
-#include "tasks/toolPlaces.h"
-
-#include <QThreadPool>
 
 namespace vignar
 {
@@ -40,8 +36,6 @@ appDelegate::appDelegate(Outlets &outlets, std::unique_ptr<MovieFramework> movie
       m_sheetDriver(outlets, m_batch, m_reporter)
 {
     clearWorkingKeys();
-    // Known before the first passes ask for it, which have no time to wait.
-    QThreadPool::globalInstance()->start([tool = ffmpegPath()] { opensExcerpts(tool); });
     connect(&m_intake, &Intake::busyStarted, &m_sheetDriver,
             [this] { m_sheetDriver.taskToSuspendTemporary(true); });
     connect(&m_intake, &Intake::busyEnded, &m_sheetDriver,

@@ -25,8 +25,19 @@ constexpr std::chrono::seconds answerLimit{20};
 /// "ffmpeg version 5.1.9-0+deb12u1 …", "ffmpeg version n7.1 …". A snapshot has no number.
 bool isNewEnough(const QString &text)
 {
-    static const QRegularExpression version(u"^ffmpeg version n?([0-9]+)\\."_s);
+    static const QRegularExpression version(u"\\Affmpeg version n?([0-9]+)\\."_s);
     return version.match(text).captured(1).toInt() >= firstVersion;
+}
+
+struct Programs {
+    QMutex mutex;
+    QHash<QString, bool> opensExcerpts;
+};
+
+Programs &programs()
+{
+    static Programs all;
+    return all;
 }
 
 /// The list is read line by line, whatever is quoted.
@@ -39,12 +50,20 @@ bool fitsALine(const QByteArray &path)
 
 bool opensExcerpts(const QString &ffmpeg)
 {
-    static QMutex mutex;
-    static QHash<QString, bool> answers;
-    const QMutexLocker locker(&mutex);
-    if (!answers.contains(ffmpeg))
-        answers.insert(ffmpeg, isNewEnough(taskArrayWithin({ffmpeg, u"-version"_s}, answerLimit)));
-    return answers.value(ffmpeg);
+    Programs &known = programs();
+    const QMutexLocker locker(&known.mutex);
+    if (!known.opensExcerpts.contains(ffmpeg))
+        known.opensExcerpts.insert(
+            ffmpeg, isNewEnough(taskArrayWithin({ffmpeg, u"-version"_s}, answerLimit)));
+    return known.opensExcerpts.value(ffmpeg);
+}
+
+void hearVersion(const QString &ffmpeg, const QString &report)
+{
+    Programs &known = programs();
+    const QMutexLocker locker(&known.mutex);
+    if (!known.opensExcerpts.contains(ffmpeg) && report.startsWith(u"ffmpeg version "))
+        known.opensExcerpts.insert(ffmpeg, isNewEnough(report));
 }
 
 QStringList excerptInput(const QString &srcPath, double start, double end)
