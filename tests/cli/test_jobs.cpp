@@ -268,6 +268,8 @@ void TestJobs::asksOnceForAll()
     }
 
     Terminal terminal;
+    if (!QFile::exists(terminal.path()))
+        QSKIP("no pseudo terminal can be had here");
     QProcess process;
     process.setStandardInputFile(terminal.path());
     process.setStandardErrorFile(terminal.path());
