@@ -13,8 +13,9 @@ namespace
 
 constexpr int largePosition = -1;
 
-/// Where the drawn film shows most, for the large picture.
-constexpr double sampleMoment = 0.45;
+/// Where the drawn film shows most, for the large picture, of which only the middle is seen.
+constexpr double sampleMoment = 0.25;
+constexpr QSize sampleShape(16, 9);
 
 /// Names as in an extraction folder, by which the timecodes find their pictures.
 QStringList placeholders(int count)
@@ -84,7 +85,9 @@ QImage PreviewPictures::madeLarge(const QSize &size) const
     if (m_isFinished)
         return SheetPictures::large(size);
     if (m_poster.isNull())
-        return sampleFrame(int(sampleMoment * 100), 100, size);
+        return covering(sampleFrame(int(sampleMoment * 100), 100,
+                                    sampleShape.scaled(size, Qt::KeepAspectRatioByExpanding)),
+                        size);
     return covering(m_poster, size);
 }
 
