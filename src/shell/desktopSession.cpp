@@ -168,8 +168,13 @@ void DesktopSession::go(RowsToMake rows)
         return;
     m_model.lookForSources();
     m_run = {};
-    if (m_application.iba_batchGoBt(rows))
+    if (m_application.iba_batchGoBt(rows)) {
         rememberDestination();
+        // What was told of the batch before.
+        for (const QString &title :
+             {u"D_fin_GUI"_s, u"D_echec_1"_s, u"D_echec_1bis"_s, u"V_crash_title"_s})
+            m_window.notices().withdraw(localised(title));
+    }
     m_saved.changed();
 }
 

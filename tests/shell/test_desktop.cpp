@@ -235,6 +235,10 @@ void TestDesktop::goMakesSheets()
     session->window().drawer().selectRows({1});
     session->window().menu().openSheet->trigger();
     QCOMPARE(m_desktop->opened.last(), destination() + u"/b-index.jpg"_s);
+    // What was told of this run is no news of the next.
+    session->go(RowsToMake::unmade);
+    QVERIFY(!session->window().notices().shown());
+    waitForEnd(*session);
 }
 
 void TestDesktop::pauseHoldsTheRunUntilStopped()
