@@ -83,6 +83,8 @@ void showSourceLog(const QString &source, const QStringList &others, QWidget *pa
     auto *text = new QPlainTextEdit;
     text->setReadOnly(true);
     text->setLineWrapMode(QPlainTextEdit::NoWrap);
+    // The lines begin at the left in every language.
+    text->setLayoutDirection(Qt::LeftToRight);
     text->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     text->setPlainText(lines.isEmpty() ? localised(u"V_log_none"_s) : lines.join(u'\n'));
     text->setAccessibleName(window->windowTitle());
