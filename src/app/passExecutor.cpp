@@ -62,14 +62,24 @@ void PassExecutor::start(const PassMap &passes, const SourceDico &source)
     m_landed.clear();
     if (!passes.empty())
         m_folderWatcher.addPath(QFileInfo(passes.cbegin()->second.constLast()).path());
-    PassMap plain = passes;
-    for (FastRun &run : intraRuns(passes, source, m_processes)) {
+    m_planning.start(
+        this,
+        [passes, source, processes = m_processes] { return intraRuns(passes, source, processes); },
+        [this](std::vector<FastRun> runs) { take(std::move(runs)); });
+}
+
+void PassExecutor::take(std::vector<FastRun> runs)
+{
+    if (std::exchange(m_isGivenUp, false)) {
+        end();
+        return;
+    }
+    m_missing = m_passes;
+    for (FastRun &run : runs) {
         for (const int picture : run.pictures)
-            plain.erase(picture);
+            m_missing.erase(picture);
         m_waiting.push_back({Form::intra, std::move(run)});
     }
-    for (const auto &[picture, pass] : plain)
-        enqueuePlain(picture, pass);
     launchWaiting();
 }
 
@@ -160,6 +170,7 @@ void PassExecutor::jobEnded(const Job &job, const QString &lastWords)
         else
             QFile::remove(substitute);
     }
+    dropOthers(job.run, lastWords);
     countLanded();
     const bool isComplete = std::ranges::all_of(
         job.run.pictures, [this](int picture) { return m_landed.contains(picture); });
@@ -173,9 +184,25 @@ void PassExecutor::jobEnded(const Job &job, const QString &lastWords)
     }
 }
 
+void PassExecutor::dropOthers(const FastRun &run, const QString &report)
+{
+    for (const int picture : run.pictures) {
+        const QString path = picturePath(picture);
+        if (!isWritten(path) || isOfItsTime(run, picture, m_passes.at(picture), report))
+            continue;
+        logLine(u"th other picture    :-( %@", path);
+        QFile::remove(path);
+        m_landed.erase(picture);
+    }
+}
+
 void PassExecutor::tellTime(const Job &job, int picture, const QString &report, bool isSubstitute)
 {
-    const QStringList &pass = job.form == Form::plain ? job.run.arguments : m_passes.at(picture);
+    // A quick form may tell of times that nobody has asked for.
+    const QStringList &planned = m_passes.at(picture);
+    if (!tellsTimes(planned.value(planned.indexOf(u"-vf"_s) + 1)))
+        return;
+    const QStringList &pass = job.form == Form::plain ? job.run.arguments : planned;
     if (const auto seconds = toldTime(report, pass, picture, isSubstitute))
         Q_EMIT told(picturePath(picture), *seconds);
 }
@@ -219,7 +246,7 @@ void PassExecutor::resume()
         each.launcher->resume();
         each.limit->start(ProgressReporter::runLimit);
     }
-    if (m_isRunning)
+    if (m_isRunning && !m_planning.isRunning())
         launchWaiting();
 }
 
@@ -227,6 +254,11 @@ void PassExecutor::terminate()
 {
     if (!m_isRunning)
         return;
+    if (m_planning.isRunning()) {
+        m_isGivenUp = true;
+        m_planning.cancel();
+        return;
+    }
     m_waiting.clear();
     m_missing.clear();
     m_isSuspended = false;

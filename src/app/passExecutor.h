@@ -1,6 +1,7 @@
 #pragma once
 
 #include "sheet/fastPasses.h"
+#include "tasks/backgroundRun.h"
 #include "tasks/childProcess.h"
 #include "tasks/taskLauncher.h"
 
@@ -65,10 +66,12 @@ private:
     void taskLauncherDidReceiveNewData(taskLauncher &launcher, const QByteArray &data) override;
     void taskLauncherTaskDidEnd(taskLauncher &launcher) override;
 
+    void take(std::vector<FastRun> runs);
     void enqueuePlain(int picture, const QStringList &pass);
     void launchWaiting();
     void launch(Job job);
     void jobEnded(const Job &job, const QString &lastWords);
+    void dropOthers(const FastRun &run, const QString &report);
     void tellTime(const Job &job, int picture, const QString &report, bool isSubstitute);
     void settlePicture(const Job &job, int picture);
     void takeUpMissing();
@@ -81,9 +84,11 @@ private:
     int m_processes;
     bool m_isRunning = false;
     bool m_isSuspended = false;
+    bool m_isGivenUp = false;
+    BackgroundRun<std::vector<FastRun>> m_planning;
     std::deque<Job> m_waiting;
     std::vector<Running> m_running;
-    /// Pictures that the intra pictures of the source did not give.
+    /// Passes that are in none of the intra runs, or that these gave no picture.
     PassMap m_missing;
     std::set<int> m_landed;
     QFileSystemWatcher m_folderWatcher;

@@ -9,6 +9,8 @@
 #include "sheet/pictureMatrix.h"
 #include "tasks/blockingRuns.h"
 
+#include <QFile>
+
 namespace vignar
 {
 
@@ -27,15 +29,21 @@ int posterHeight(const SourceDico &source)
     return std::max(2, qRound(posterWidth / ratio));
 }
 
+/// Puts the colours of a picture right; true when there is one.
+bool finish(const SourceDico &source, const QString &path)
+{
+    if (!pathExists(path))
+        return false;
+    if (const auto matrix = foreignMatrix(source))
+        convertToJpegMatrix(path, *matrix);
+    return true;
+}
+
 /// Runs a pass; true when it has left its picture.
 bool take(const SourceDico &source, const QStringList &pass)
 {
     taskArray(pass);
-    if (!pathExists(pass.constLast()))
-        return false;
-    if (const auto matrix = foreignMatrix(source))
-        convertToJpegMatrix(pass.constLast(), *matrix);
-    return true;
+    return finish(source, pass.constLast());
 }
 
 /// In its quick form first, as the pictures of a sheet.
@@ -43,7 +51,10 @@ bool takeIntra(const SourceDico &source, const QStringList &pass)
 {
     if (!prefValue(Prefs::prefPlainPasses)) {
         for (const FastRun &quick : intraRuns({{0, pass}}, source, 1)) {
-            if (take(source, quick.arguments))
+            const QString report = taskArray(quick.arguments);
+            if (!isOfItsTime(quick, 0, pass, report))
+                QFile::remove(pass.constLast());
+            else if (finish(source, pass.constLast()))
                 return true;
         }
     }

@@ -66,7 +66,7 @@ void hearVersion(const QString &ffmpeg, const QString &report)
         known.opensExcerpts.insert(ffmpeg, isNewEnough(report));
 }
 
-QStringList excerptInput(const QString &srcPath, double start, double end)
+QStringList excerptInput(const QString &srcPath, const Excerpt &excerpt)
 {
     QByteArray path = QFile::encodeName(srcPath);
     if (!path.startsWith('/') || !fitsALine(path))
@@ -74,10 +74,14 @@ QStringList excerptInput(const QString &srcPath, double start, double end)
     path.replace('\'', "'\\''");
     // The list ffmpeg joins files by is told in the argument itself. Without a decoder on its
     // list of allowed ones ffmpeg does not try to decode what it opens.
-    const QByteArray list = "ffconcat version 1.0\nfile 'file:" + path +
-                            "'\noption codec_whitelist none\noption probesize 32\n" +
-                            filled(u"inpoint %.2f\noutpoint %.2f\n", start, end).toUtf8();
-    return {u"-protocol_whitelist"_s,
+    const QByteArray list =
+        "ffconcat version 1.0\nfile 'file:" + path +
+        "'\noption codec_whitelist none\noption probesize 32\n" +
+        (excerpt.startsAnywhere ? "option seek2any 1\n" : "") +
+        filled(u"inpoint %.6f\noutpoint %.6f\n", excerpt.start, excerpt.end).toUtf8();
+    return {u"-itsoffset"_s,
+            filled(u"%.6f", excerpt.start - excerpt.zero),
+            u"-protocol_whitelist"_s,
             u"file,data"_s,
             u"-safe"_s,
             u"0"_s,

@@ -3,10 +3,14 @@
 #include "classShared/format.h"
 #include "sheet/excerpts.h"
 #include "sheet/extractionPasses.h"
+#include "sheet/intraSearch.h"
 #include "sheet/pictureTimes.h"
+
+#include <QThread>
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 namespace vignar
 {
@@ -27,6 +31,9 @@ constexpr double closeTogether = 15;
 /// So many neighbours in a row without an intra picture tell of a source that has hardly
 /// any: each plain pass would decode it from far away.
 constexpr size_t longRow = 4;
+
+/// Reports tell times with six digits.
+constexpr double timeTolerance = 0.002;
 
 /// A planned pass, taken apart.
 struct Pass {
@@ -53,6 +60,19 @@ Pass takenApart(const QStringList &arguments)
     if (const qsizetype seek = pass.input.indexOf(u"-ss"_s); seek >= 0)
         pass.instant = pass.input.value(seek + 1).toDouble();
     return pass;
+}
+
+/// What a pass of an intra picture can be read by instead.
+struct QuickForm {
+    /// Options of the input and the input.
+    QStringList input;
+    /// When the picture is shown (seconds into the source), where this is known.
+    std::optional<double> time;
+};
+
+QString filterOf(const QStringList &output)
+{
+    return output.value(output.indexOf(u"-vf"_s) + 1);
 }
 
 bool selectsIntraPictures(const QStringList &pass)
@@ -87,10 +107,26 @@ bool isToldByItsHeader(const SourceDico &source)
            (container.startsWith("mov,"_L1) || container.startsWith("matroska,"_L1));
 }
 
-bool holdsPicturesBack(const SourceDico &source)
+bool isAvc(const SourceDico &source)
 {
-    const QString codec = read(source, Keys::v_codec, 0).value_or(QString());
-    return codec == u"h264" || codec == u"hevc";
+    return read(source, Keys::v_codec, 0) == u"h264";
+}
+
+bool isHevc(const SourceDico &source)
+{
+    return read(source, Keys::v_codec, 0) == u"hevc";
+}
+
+double durationOf(const Pass &pass)
+{
+    return pass.output.value(pass.output.indexOf(u"-t"_s) + 1).toDouble();
+}
+
+bool canBeExcerpt(const Pass &pass, const SourceDico &source)
+{
+    const bool isOnlySought = pass.input.size() == 2 && pass.input.constFirst() == u"-ss";
+    return isOnlySought && durationOf(pass) > 0 && isToldByItsHeader(source) &&
+           hasOnePictureStream(source) && opensExcerpts(pass.tool);
 }
 
 /// Input options that leave out whatever the intra selection would drop anyway.
@@ -101,44 +137,103 @@ QStringList intraOnly(const SourceDico &source)
         options << u"-nofind_stream_info"_s;
     options << QStringList{u"-skip_frame"_s, u"nointra"_s, u"-threads"_s, u"1"_s};
     // To put them in order, of which intra pictures on their own have no need.
-    if (holdsPicturesBack(source))
+    if (isAvc(source) || isHevc(source))
         options << u"-flags"_s << u"low_delay"_s;
     return options;
 }
 
-/// Even without delay these decoders wait for further pictures, here intra pictures that may
-/// be far away. What ends behind the time of the pass makes them hand out what they have.
+/// Even without delay this decoder waits for further pictures, here intra pictures that may
+/// be far away. What ends behind the time of the pass makes it hand out what it has.
 QStringList excerptOf(const Pass &pass, const SourceDico &source)
 {
-    const double duration = pass.output.value(pass.output.indexOf(u"-t"_s) + 1).toDouble();
-    const bool isOnlySought = pass.input.size() == 2 && pass.input.constFirst() == u"-ss";
-    if (!isOnlySought || !(duration > 0) || !holdsPicturesBack(source) ||
-        !isToldByItsHeader(source) || !hasOnePictureStream(source) || !opensExcerpts(pass.tool))
+    if (!isHevc(source) || !canBeExcerpt(pass, source))
         return {};
-    return excerptInput(pass.source, pass.instant, pass.instant + duration);
+    return excerptInput(
+        pass.source,
+        {.zero = pass.instant, .start = pass.instant, .end = pass.instant + durationOf(pass)});
 }
 
-QStringList inputOf(const Pass &pass, const SourceDico &source)
+QStringList skippingInput(const Pass &pass, const SourceDico &source)
 {
     const QStringList excerpt = excerptOf(pass, source);
-    return excerpt.isEmpty() ? pass.input + QStringList{u"-i"_s, pass.source} : excerpt;
+    return intraOnly(source) +
+           (excerpt.isEmpty() ? pass.input + QStringList{u"-i"_s, pass.source} : excerpt);
 }
 
-FastRun intraRun(const PassMap &passes, const SourceDico &source)
+/// An excerpt of nothing but the picture that the pass takes. The decoder is not to skip what
+/// is not intra: without the pictures between, it takes an intra picture that is no key picture
+/// for one to be shown at another time.
+std::optional<QuickForm> lonePicture(const Pass &pass, const SourceDico &source,
+                                     PictureIndex *index)
 {
-    const QStringList options = intraOnly(source);
+    // De-interlacing looks at the next picture.
+    if (!index || filterOf(pass.output).contains(u"yadif"_s) || !canBeExcerpt(pass, source))
+        return std::nullopt;
+    const IntraSearch search = intraPictureAt(*index, pass.instant, durationOf(pass));
+    const CodedPicture &picture = search.picture;
+    if (search.outcome != IntraSearch::Outcome::found ||
+        (!picture.isSync && !index->seeksAnywhere()))
+        return std::nullopt;
+    const auto seconds = [index](qint64 ticks) {
+        return double(ticks) / double(index->ticksASecond());
+    };
+    const qint64 soughtAt = std::max<qint64>(0, picture.soughtAt);
+    const QStringList excerpt =
+        excerptInput(pass.source, {.zero = seconds(ticksOf(pass.instant, *index)),
+                                   .start = seconds(soughtAt),
+                                   .end = seconds(soughtAt + 1),
+                                   .startsAnywhere = !picture.isSync});
+    if (excerpt.isEmpty())
+        return std::nullopt;
+    return QuickForm{intraOnly(source) + excerpt, seconds(picture.shownAt)};
+}
+
+/// The passes that have a quick form.
+std::map<int, QuickForm> quickForms(const PassMap &passes, const SourceDico &source)
+{
+    const auto index = isAvc(source) ? PictureIndex::of(source) : nullptr;
+    std::map<int, QuickForm> forms;
+    for (const auto &[number, arguments] : passes) {
+        if (QThread::currentThread()->isInterruptionRequested())
+            break;
+        if (!selectsIntraPictures(arguments))
+            continue;
+        const Pass pass = takenApart(arguments);
+        if (!isAvc(source))
+            forms.emplace(number, QuickForm{skippingInput(pass, source), std::nullopt});
+        else if (auto form = lonePicture(pass, source, index.get()))
+            forms.emplace(number, *std::move(form));
+    }
+    return forms;
+}
+
+/// The options of an output whose filter tells the time of its picture.
+QStringList telling(QStringList output, int number)
+{
+    const qsizetype filter = output.indexOf(u"-vf"_s) + 1;
+    if (!tellsTimes(output.at(filter)))
+        output[filter] += timeTeller(number);
+    return output;
+}
+
+/// One run of passes that have a quick form.
+FastRun intraRun(const PassMap &passes, const std::map<int, QuickForm> &forms)
+{
     FastRun run;
     QStringList inputs;
     QStringList outputs;
     for (const auto &[number, arguments] : passes) {
         const Pass pass = takenApart(arguments);
+        const QuickForm &form = forms.at(number);
         if (run.arguments.isEmpty())
             run.arguments << pass.tool << u"-loglevel"_s << u"info"_s;
-        inputs << options << inputOf(pass, source);
+        inputs << form.input;
         if (passes.size() > 1)
             outputs << u"-map"_s << u"%1:V:0"_s.arg(run.pictures.size());
-        outputs << pass.output << pass.path;
+        outputs << (form.time ? telling(pass.output, number) : pass.output) << pass.path;
         run.pictures.push_back(number);
+        if (form.time)
+            run.times.emplace(number, *form.time);
     }
     run.arguments << inputs << outputs;
     return run;
@@ -205,16 +300,14 @@ bool isWorthAStretch(const PassMap &row)
 
 std::vector<FastRun> intraRuns(const PassMap &passes, const SourceDico &source, int processes)
 {
-    PassMap selecting;
-    std::ranges::copy_if(passes, std::inserter(selecting, selecting.end()),
-                         [](const auto &pass) { return selectsIntraPictures(pass.second); });
-    const int share = picturesARun(qsizetype(selecting.size()), source, std::max(1, processes));
+    const std::map<int, QuickForm> forms = quickForms(passes, source);
+    const int share = picturesARun(qsizetype(forms.size()), source, std::max(1, processes));
     std::vector<FastRun> runs;
     PassMap group;
-    for (auto pass = selecting.cbegin(); pass != selecting.cend(); ++pass) {
-        group.insert(*pass);
-        if (group.size() == size_t(share) || std::next(pass) == selecting.cend())
-            runs.push_back(intraRun(std::exchange(group, {}), source));
+    for (auto form = forms.cbegin(); form != forms.cend(); ++form) {
+        group.insert(*passes.find(form->first));
+        if (group.size() == size_t(share) || std::next(form) == forms.cend())
+            runs.push_back(intraRun(std::exchange(group, {}), forms));
     }
     return runs;
 }
@@ -236,6 +329,15 @@ std::vector<FastRun> stretchRuns(const PassMap &passes)
         row.clear();
     }
     return runs;
+}
+
+bool isOfItsTime(const FastRun &run, int picture, const QStringList &pass, const QString &report)
+{
+    const auto known = run.times.find(picture);
+    if (known == run.times.end())
+        return true;
+    const auto told = toldTime(report, pass, picture);
+    return told && std::abs(*told - known->second) < timeTolerance;
 }
 
 } // namespace vignar

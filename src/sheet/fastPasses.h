@@ -22,11 +22,15 @@ struct FastRun {
     /// Files that stand in for a picture whose own file is missing at the end of the run;
     /// they are not to be left lying about.
     std::map<int, QString> substitutes;
+    /// Pictures of which it is known when they are shown (seconds into the source). The report
+    /// tells the time too; a picture of another time is not the one of its pass.
+    std::map<int, double> times;
 };
 
 /// The quick form of the passes of one source, for so many processes at once: only intra
-/// pictures are decoded, several instants a process. Passes that do not select intra
-/// pictures are in none of the runs.
+/// pictures are decoded, several instants a process. In none of the runs are passes that do
+/// not select intra pictures, and of H.264 those whose picture the container does not tell.
+/// Reads in the source; for any thread.
 std::vector<FastRun> intraRuns(const PassMap &passes, const SourceDico &source, int processes);
 
 /// Runs that decode a stretch of the source once for several of the passes, which are
@@ -34,5 +38,9 @@ std::vector<FastRun> intraRuns(const PassMap &passes, const SourceDico &source, 
 /// its plain pass or, as a substitute, that of the pass free to take any picture. Only
 /// passes that stand so close that this is cheaper than one run each are in the runs.
 std::vector<FastRun> stretchRuns(const PassMap &passes);
+
+/// True unless the report of a run tells that a picture of it, which its pass was to leave, is
+/// shown at another time than is known.
+bool isOfItsTime(const FastRun &run, int picture, const QStringList &pass, const QString &report);
 
 } // namespace vignar

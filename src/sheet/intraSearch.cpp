@@ -1,0 +1,53 @@
+#include "sheet/intraSearch.h"
+
+#include "sheet/avcSlices.h"
+
+#include <cmath>
+
+namespace vignar
+{
+
+namespace
+{
+
+/// So many pictures at most may come between two in decoding order that are shown the other
+/// way round (max_dec_frame_buffering of ITU-T H.264, A.3.1).
+constexpr int longestReordering = 16;
+
+} // namespace
+
+qint64 ticksOf(double instant, const PictureIndex &index)
+{
+    const qint64 microseconds = std::llround(instant * 1e6);
+    return (microseconds * index.ticksASecond() + 500'000) / 1'000'000;
+}
+
+IntraSearch intraPictureAt(PictureIndex &index, double instant, double seconds)
+{
+    const qint64 begin = ticksOf(instant, index);
+    qint64 end = begin + ticksOf(seconds, index);
+    std::optional<CodedPicture> found;
+    bool isClear = true;
+    int since = 0;
+    const bool isTold = index.visitFrom(begin, [&](const CodedPicture &picture) {
+        const bool isWithin = picture.shownAt >= begin && picture.shownAt < end;
+        since = picture.shownAt >= end ? since + 1 : since;
+        if (isWithin) {
+            const SliceKind kind = sliceKind(index, picture);
+            isClear = kind != SliceKind::unclear;
+            if (kind == SliceKind::intra) {
+                found = picture;
+                end = picture.shownAt;
+                since = 0;
+            }
+        }
+        return isClear && since <= longestReordering;
+    });
+    if (!isTold || !isClear)
+        return {};
+    if (!found)
+        return {.outcome = IntraSearch::Outcome::none, .picture = {}};
+    return {.outcome = IntraSearch::Outcome::found, .picture = *found};
+}
+
+} // namespace vignar
