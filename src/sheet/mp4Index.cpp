@@ -239,9 +239,6 @@ bool Mp4Index::readTimes(QByteArrayView sampleTable)
     number = 0;
     for (size_t row = 0; delays.isWhole() && row < delays.count(); ++row) {
         const auto delay = qint32(delays.at(row, 1));
-        // Delays below zero move the whole track, in a way that readers do not agree on.
-        if (delay < 0)
-            return false;
         for (size_t left = delays.at(row, 0); left > 0 && number < m_pictures.size(); --left)
             m_pictures[number++].shownAt += delay;
     }
