@@ -160,26 +160,18 @@ QStringList skippingInput(const Pass &pass, const SourceDico &source)
            (excerpt.isEmpty() ? pass.input + QStringList{u"-i"_s, pass.source} : excerpt);
 }
 
-/// An excerpt of nothing but the picture that the pass takes. The decoder is not to skip what
-/// is not intra: without the pictures between, it takes an intra picture that is no key picture
-/// for one to be shown at another time.
+/// An excerpt of nothing but the picture that the pass takes; nothing when it cannot be told.
 std::optional<QuickForm> lonePicture(const Pass &pass, const SourceDico &source,
-                                     PictureIndex *index)
+                                     const PictureIndex &index, const CodedPicture &picture)
 {
-    // De-interlacing looks at the next picture.
-    if (!index || filterOf(pass.output).contains(u"yadif"_s) || !canBeExcerpt(pass, source))
+    if (!picture.isSync && !index.seeksAnywhere())
         return std::nullopt;
-    const IntraSearch search = intraPictureAt(*index, pass.instant, durationOf(pass));
-    const CodedPicture &picture = search.picture;
-    if (search.outcome != IntraSearch::Outcome::found ||
-        (!picture.isSync && !index->seeksAnywhere()))
-        return std::nullopt;
-    const auto seconds = [index](qint64 ticks) {
-        return double(ticks) / double(index->ticksASecond());
+    const auto seconds = [&index](qint64 ticks) {
+        return double(ticks) / double(index.ticksASecond());
     };
     const qint64 soughtAt = std::max<qint64>(0, picture.soughtAt);
     const QStringList excerpt =
-        excerptInput(pass.source, {.zero = seconds(ticksOf(pass.instant, *index)),
+        excerptInput(pass.source, {.zero = seconds(ticksOf(pass.instant, index)),
                                    .start = seconds(soughtAt),
                                    .end = seconds(soughtAt + 1),
                                    .startsAnywhere = !picture.isSync});
@@ -188,20 +180,37 @@ std::optional<QuickForm> lonePicture(const Pass &pass, const SourceDico &source,
     return QuickForm{intraOnly(source) + excerpt, seconds(picture.shownAt)};
 }
 
+/// The quick form of a pass; nothing where it has none or would find no picture.
+std::optional<QuickForm> quickForm(const Pass &pass, const SourceDico &source, PictureIndex *index)
+{
+    // De-interlacing looks at the next picture.
+    if (index && canBeExcerpt(pass, source) && !filterOf(pass.output).contains(u"yadif"_s)) {
+        const IntraSearch search = intraPictureAt(*index, pass.instant, durationOf(pass));
+        if (search.outcome == IntraSearch::Outcome::none)
+            return std::nullopt;
+        if (search.outcome == IntraSearch::Outcome::found) {
+            if (auto form = lonePicture(pass, source, *index, search.picture))
+                return form;
+        }
+    }
+    // Without the pictures between, this decoder takes an intra picture that is no key picture
+    // for one to be shown at another time.
+    if (isAvc(source))
+        return std::nullopt;
+    return QuickForm{skippingInput(pass, source), std::nullopt};
+}
+
 /// The passes that have a quick form.
 std::map<int, QuickForm> quickForms(const PassMap &passes, const SourceDico &source)
 {
-    const auto index = isAvc(source) ? PictureIndex::of(source) : nullptr;
+    const auto index = isToldByItsHeader(source) ? PictureIndex::of(source) : nullptr;
     std::map<int, QuickForm> forms;
     for (const auto &[number, arguments] : passes) {
         if (QThread::currentThread()->isInterruptionRequested())
             break;
         if (!selectsIntraPictures(arguments))
             continue;
-        const Pass pass = takenApart(arguments);
-        if (!isAvc(source))
-            forms.emplace(number, QuickForm{skippingInput(pass, source), std::nullopt});
-        else if (auto form = lonePicture(pass, source, index.get()))
+        if (auto form = quickForm(takenApart(arguments), source, index.get()))
             forms.emplace(number, *std::move(form));
     }
     return forms;

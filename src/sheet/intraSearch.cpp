@@ -1,6 +1,6 @@
 #include "sheet/intraSearch.h"
 
-#include "sheet/avcSlices.h"
+#include "sheet/pictureKinds.h"
 
 #include <cmath>
 
@@ -26,16 +26,17 @@ IntraSearch intraPictureAt(PictureIndex &index, double instant, double seconds)
 {
     const qint64 begin = ticksOf(instant, index);
     qint64 end = begin + ticksOf(seconds, index);
+    const auto kinds = PictureKinds::of(index.coding());
     std::optional<CodedPicture> found;
     bool isClear = true;
     int since = 0;
     const bool isTold = index.visitFrom(begin, [&](const CodedPicture &picture) {
         const bool isWithin = picture.shownAt >= begin && picture.shownAt < end;
         since = picture.shownAt >= end ? since + 1 : since;
-        if (isWithin) {
-            const SliceKind kind = sliceKind(index, picture);
-            isClear = kind != SliceKind::unclear;
-            if (kind == SliceKind::intra) {
+        if (isWithin || kinds->remembers()) {
+            const PictureKind kind = kinds->kindOf(index, picture);
+            isClear = kind != PictureKind::unclear;
+            if (isWithin && kind == PictureKind::intra) {
                 found = picture;
                 end = picture.shownAt;
                 since = 0;

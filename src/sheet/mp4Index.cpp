@@ -133,6 +133,24 @@ quint32 ticks(QByteArrayView header)
     return numberAt<quint32>(header, numberAt<quint8>(header, 0) == 1 ? 20 : 12);
 }
 
+std::optional<StreamCoding> codingOf(QByteArrayView type, QByteArrayView boxes)
+{
+    if (type == "avc1")
+        return avcCoding(boxAt(boxes, {"avcC"}));
+    if (type == "hvc1" || type == "hev1")
+        return hevcCoding(boxAt(boxes, {"hvcC"}));
+    if (type == "av01")
+        return av1Coding(boxAt(boxes, {"av1C"}));
+    if (type == "vp08" || type == "vp09")
+        return StreamCoding{type == "vp08" ? PictureCoding::vp8 : PictureCoding::vp9};
+    // ProRes.
+    for (const char *intra : {"apch", "apcn", "apcs", "apco", "ap4h", "ap4x"}) {
+        if (type == intra)
+            return StreamCoding{PictureCoding::intraOnly};
+    }
+    return std::nullopt;
+}
+
 } // namespace
 
 std::unique_ptr<PictureIndex> Mp4Index::read(std::unique_ptr<QFile> file)
@@ -168,14 +186,14 @@ bool Mp4Index::readTrack(QByteArrayView track, quint32 movieTicks)
 
 bool Mp4Index::readEntry(QByteArrayView sampleTable)
 {
-    const QByteArrayView entries = boxAt(sampleTable, {"stsd"});
-    if (numberAt<quint32>(entries, 4) != 1)
+    const QByteArrayView description = boxAt(sampleTable, {"stsd"});
+    QByteArrayView entries = from(description, 8);
+    const auto entry = takeBox(entries);
+    if (numberAt<quint32>(description, 4) != 1 || !entry)
         return false;
     // The fields of a picture track's entry take 78 bytes; boxes follow.
-    const QByteArrayView configuration =
-        boxAt(from(boxAt(from(entries, 8), {"avc1"}), 78), {"avcC"});
-    m_lengthSize = (numberAt<quint8>(configuration, 4) & 3) + 1;
-    return configuration.size() > 4;
+    m_coding = codingOf(entry->type, from(entry->content, 78));
+    return m_coding.has_value();
 }
 
 bool Mp4Index::readSizes(QByteArrayView sampleTable)

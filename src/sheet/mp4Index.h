@@ -8,8 +8,8 @@
 namespace vignar
 {
 
-/// The sample tables of an MP4 or QuickTime file (ISO/IEC 14496-12, 14496-15) with one H.264
-/// track in one piece.
+/// The sample tables of an MP4 or QuickTime file (ISO/IEC 14496-12, 14496-15) with one picture
+/// track, in one piece, of H.264, HEVC, VP8, VP9, AV1 or ProRes.
 class Mp4Index final : public PictureIndex
 {
 public:

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "classShared/sourceDico.h"
+#include "sheet/streamCoding.h"
 
 #include <QFile>
 
@@ -45,8 +46,11 @@ public:
     virtual bool seeksAnywhere() const = 0;
 
     qint64 ticksASecond() const { return m_ticksASecond; }
-    /// Bytes of the number that stands before each NAL unit of a picture.
-    int lengthSize() const { return m_lengthSize; }
+    StreamCoding coding() const
+    {
+        return m_coding.value_or(
+            StreamCoding{.coding = PictureCoding::avc, .lengthSize = m_lengthSize});
+    }
     /// Some bytes of the source.
     QByteArray bytesAt(qint64 position, qint64 count);
 
@@ -55,6 +59,7 @@ protected:
 
     qint64 m_ticksASecond = 0;
     int m_lengthSize = 0;
+    std::optional<StreamCoding> m_coding;
     std::unique_ptr<QFile> m_file;
 };
 

@@ -70,7 +70,8 @@ private Q_SLOTS:
         QTest::newRow("cuts") << remuxed << u"-c copy"_s;
         QTest::newRow("tables at the front") << remuxed << u"-c copy -movflags faststart"_s;
         QTest::newRow("no edit list") << remuxed << u"-c copy -use_editlist 0"_s;
-        QTest::newRow("delays below zero") << remuxed << u"-c copy -movflags negative_cts_offsets"_s;
+        QTest::newRow("delays below zero")
+            << remuxed << u"-c copy -movflags negative_cts_offsets"_s;
         QTest::newRow("QuickTime") << remuxed << u"-c copy -f mov"_s;
         QTest::newRow("all intra") << encoded << u"-c:v libx264 -g 1"_s;
         QTest::newRow("no order but one") << encoded << u"-c:v libx264 -bf 0 -g 70"_s;
@@ -78,6 +79,19 @@ private Q_SLOTS:
         QTest::newRow("several slices") << encoded << u"-c:v libx264 -slices 4 -g 55"_s;
         QTest::newRow("refreshed a column at a time")
             << encoded << u"-c:v libx264 -x264-params keyint=50:intra-refresh=1"_s;
+        QTest::newRow("HEVC") << encoded
+                              << u"-c:v libx265 -preset ultrafast -x265-params "
+                                 "log-level=error:keyint=90:open-gop=1:repeat-headers=1"_s;
+        QTest::newRow("HEVC with cuts")
+            << encoded
+            << u"-vf negate=enable='lt(mod(t\\,3.4)\\,1.7)' -c:v libx265 -preset fast -x265-params "
+               "log-level=error:keyint=250:min-keyint=249:scenecut=80:slices=2 -tag:v hvc1"_s;
+        QTest::newRow("VP9") << encoded << u"-c:v libvpx-vp9 -deadline realtime -g 80"_s;
+        QTest::newRow("VP9 in two passes")
+            << encoded << u"-c:v libvpx-vp9 -deadline good -cpu-used 4 -auto-alt-ref 6 -g 90"_s;
+        QTest::newRow("AV1") << encoded << u"-c:v libsvtav1 -preset 10 -g 75"_s;
+        QTest::newRow("another AV1") << encoded << u"-c:v libaom-av1 -cpu-used 8 -g 75"_s;
+        QTest::newRow("ProRes") << encoded << u"-c:v prores_ks -f mov"_s;
         QTest::newRow("odd rate") << encoded << u"-r 30000/1001 -c:v libx264 -g 91 -bf 5"_s;
     }
 
@@ -106,7 +120,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("options");
         QTest::newRow("fragments") << u"-c copy -movflags frag_keyframe"_s;
-        
+
         QTest::newRow("an edit that cuts") << u"-ss 2 -c copy -map 0:v"_s;
         QTest::newRow("two picture tracks") << u"-map 0:v -map 0:v -c copy"_s;
         QTest::newRow("another codec") << u"-c:v mpeg4"_s;
