@@ -110,6 +110,19 @@ joined 'two titles in one' .vob 'mpeg2 interlaced.vob' 'mpeg2 interlaced.vob'
 joined 'dash cam' .ts 'starts late.ts' 'one key picture.ts'
 clip 'uneven frame times' .mp4 libx264 640x360 8 -preset ultrafast -an \
     -vf "select='lt(n,50)+not(mod(n,4))'" -vsync vfr
+# Cuts in the second after a key picture make intra pictures that are no key pictures.
+cuts=(-vf "negate=enable='lt(mod(t\,3.4)\,1.7)'" -preset fast)
+clip 'cuts' .mp4 libx264 640x360 40 "${cuts[@]}" -x264-params keyint=250:min-keyint=249:scenecut=100 \
+    -c:a aac
+remake 'cuts' .mkv cuts.mp4
+remake 'cuts' .flv cuts.mp4
+remake 'cuts' .avi cuts.mp4 -bsf:v h264_mp4toannexb
+remake 'cuts and delays' .mov cuts.mp4 -movflags negative_cts_offsets
+remake 'cuts, late' .ts cuts.mp4 -output_ts_offset 100
+clip 'open groups' .mp4 libx264 640x360 30 -preset fast -x264-params keyint=75:open-gop=1:bframes=6
+clip 'fields' .mp4 libx264 640x360 12 "${cuts[@]}" -flags +ildct+ilme -g 40 -x264-params scenecut=100
+clip 'no key pictures' .mp4 libx264 640x360 20 -preset fast -x264-params keyint=60:intra-refresh=1
+clip 'slides' .mp4 libx264 640x360 60 -r 1 -preset slow -x264-params keyint=9:bframes=8
 if [ ! -e 'good/cover first.mp4' ]; then
     ff -f lavfi -i color=red:s=300x300 -frames:v 1 parts/cover.png
     ff -i parts/cover.png -i good/h264.mp4 -map 0 -map 1 -c copy -disposition:v:0 attached_pic \
@@ -122,6 +135,14 @@ if [ $quick = no ]; then
         -x265-params log-level=error:colorprim=bt2020:transfer=arib-std-b67:colormatrix=bt2020nc
     clip 'hdr10' .mkv libx265 1280x720 4 "${hdr[@]}" -color_trc smpte2084 \
         -x265-params log-level=error:colorprim=bt2020:transfer=smpte2084:colormatrix=bt2020nc:max-cll=1000,400
+    clip 'hevc cuts' .mov libx265 640x360 30 "${cuts[@]}" -tag:v hvc1 \
+        -x265-params log-level=error:keyint=250:min-keyint=249:scenecut=80:slices=2
+    remake 'hevc cuts' .mkv 'hevc cuts.mov'
+    clip 'vp9 in two passes' .webm libvpx-vp9 320x180 30 -deadline good -cpu-used 4 \
+        -auto-alt-ref 6 -g 120
+    remake 'vp9 in two passes' .mp4 'vp9 in two passes.webm'
+    clip 'av1 groups' .mkv libsvtav1 320x180 30 -preset 10 -g 90
+    remake 'av1 groups' .mp4 'av1 groups.mkv'
     clip 'screen recording' .mp4 libx264 1280x720 40 -preset ultrafast -g 9999 -an
     clip 'high definition camcorder' .tod mpeg2video 1440x1080 4 -q:v 5 -aspect 16:9 -c:a mp2 \
         -f mpegts
