@@ -1,5 +1,6 @@
 #include "sheet/pictureIndex.h"
 
+#include "sheet/matroskaIndex.h"
 #include "sheet/mp4Index.h"
 
 namespace vignar
@@ -16,6 +17,8 @@ std::unique_ptr<PictureIndex> PictureIndex::of(const SourceDico &source)
     const QString container = readStr(source, Keys::wrapper);
     if (container.startsWith("mov,"_L1))
         return Mp4Index::read(std::move(file));
+    if (container.startsWith("matroska,"_L1))
+        return MatroskaIndex::read(std::move(file));
     return nullptr;
 }
 
