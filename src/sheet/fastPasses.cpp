@@ -1,9 +1,9 @@
 #include "sheet/fastPasses.h"
 
-#include "classShared/format.h"
 #include "sheet/excerpts.h"
 #include "sheet/extractionPasses.h"
 #include "sheet/intraSearch.h"
+#include "sheet/passParts.h"
 #include "sheet/pictureTimes.h"
 
 #include <QThread>
@@ -26,41 +26,11 @@ constexpr int mostPicturesARun = 7;
 constexpr double decoderMemory = 256e6;
 constexpr double picturesHeld = 10;
 
-/// Neighbours at most so far apart (seconds) share a decode however few they are.
-constexpr double closeTogether = 15;
-/// So many neighbours in a row without an intra picture tell of a source that has hardly
-/// any: each plain pass would decode it from far away.
-constexpr size_t longRow = 4;
-
+/// Groups of pictures are hardly shorter (seconds): passes closer together, each of which
+/// would decode one, are quicker done in one go.
+constexpr double shortGroup = 2;
 /// Reports tell times with six digits.
 constexpr double timeTolerance = 0.002;
-
-/// A planned pass, taken apart.
-struct Pass {
-    QString tool;
-    /// Options of the input, without the log level; the seek is among them.
-    QStringList input;
-    QString source;
-    /// Options of the output, without its path.
-    QStringList output;
-    QString path;
-    double instant = 0;
-};
-
-Pass takenApart(const QStringList &arguments)
-{
-    const qsizetype input = arguments.indexOf(u"-i"_s);
-    Pass pass{.tool = arguments.value(0),
-              .input = arguments.mid(1, input - 1),
-              .source = arguments.value(input + 1),
-              .output = arguments.mid(input + 2, arguments.size() - input - 3),
-              .path = arguments.constLast()};
-    if (const qsizetype level = pass.input.indexOf(u"-loglevel"_s); level >= 0)
-        pass.input.remove(level, 2);
-    if (const qsizetype seek = pass.input.indexOf(u"-ss"_s); seek >= 0)
-        pass.instant = pass.input.value(seek + 1).toDouble();
-    return pass;
-}
 
 /// What a pass of an intra picture can be read by instead.
 struct QuickForm {
@@ -69,16 +39,6 @@ struct QuickForm {
     /// When the picture is shown (seconds into the source), where this is known.
     std::optional<double> time;
 };
-
-QString filterOf(const QStringList &output)
-{
-    return output.value(output.indexOf(u"-vf"_s) + 1);
-}
-
-bool selectsIntraPictures(const QStringList &pass)
-{
-    return pass.contains(u"-i"_s) && withoutIntraSelection(pass) != pass;
-}
 
 /// Which stream ffmpeg picks of several is its own affair; only of one there is no doubt.
 bool hasOnePictureStream(const SourceDico &source)
@@ -107,9 +67,14 @@ bool isToldByItsHeader(const SourceDico &source)
            (container.startsWith("mov,"_L1) || container.startsWith("matroska,"_L1));
 }
 
-bool isAvc(const SourceDico &source)
+/// True when any of its picture streams is of H.264: which one ffmpeg takes is not known.
+bool hasAvc(const SourceDico &source)
 {
-    return read(source, Keys::v_codec, 0) == u"h264";
+    for (int stream = 0; source.contains(Keys::v_codec(stream)); ++stream) {
+        if (read(source, Keys::v_codec, stream) == u"h264")
+            return true;
+    }
+    return false;
 }
 
 bool isHevc(const SourceDico &source)
@@ -117,12 +82,12 @@ bool isHevc(const SourceDico &source)
     return read(source, Keys::v_codec, 0) == u"hevc";
 }
 
-double durationOf(const Pass &pass)
+double durationOf(const PassParts &pass)
 {
     return pass.output.value(pass.output.indexOf(u"-t"_s) + 1).toDouble();
 }
 
-bool canBeExcerpt(const Pass &pass, const SourceDico &source)
+bool canBeExcerpt(const PassParts &pass, const SourceDico &source)
 {
     const bool isOnlySought = pass.input.size() == 2 && pass.input.constFirst() == u"-ss";
     return isOnlySought && durationOf(pass) > 0 && isToldByItsHeader(source) &&
@@ -137,14 +102,14 @@ QStringList intraOnly(const SourceDico &source)
         options << u"-nofind_stream_info"_s;
     options << QStringList{u"-skip_frame"_s, u"nointra"_s, u"-threads"_s, u"1"_s};
     // To put them in order, of which intra pictures on their own have no need.
-    if (isAvc(source) || isHevc(source))
+    if (hasAvc(source) || isHevc(source))
         options << u"-flags"_s << u"low_delay"_s;
     return options;
 }
 
 /// Even without delay this decoder waits for further pictures, here intra pictures that may
 /// be far away. What ends behind the time of the pass makes it hand out what it has.
-QStringList excerptOf(const Pass &pass, const SourceDico &source)
+QStringList excerptOf(const PassParts &pass, const SourceDico &source)
 {
     if (!isHevc(source) || !canBeExcerpt(pass, source))
         return {};
@@ -153,7 +118,7 @@ QStringList excerptOf(const Pass &pass, const SourceDico &source)
         {.zero = pass.instant, .start = pass.instant, .end = pass.instant + durationOf(pass)});
 }
 
-QStringList skippingInput(const Pass &pass, const SourceDico &source)
+QStringList skippingInput(const PassParts &pass, const SourceDico &source)
 {
     const QStringList excerpt = excerptOf(pass, source);
     return intraOnly(source) +
@@ -161,7 +126,7 @@ QStringList skippingInput(const Pass &pass, const SourceDico &source)
 }
 
 /// An excerpt of nothing but the picture that the pass takes; nothing when it cannot be told.
-std::optional<QuickForm> lonePicture(const Pass &pass, const SourceDico &source,
+std::optional<QuickForm> lonePicture(const PassParts &pass, const SourceDico &source,
                                      const PictureIndex &index, const CodedPicture &picture)
 {
     if (!picture.isSync && !index.seeksAnywhere())
@@ -180,8 +145,23 @@ std::optional<QuickForm> lonePicture(const Pass &pass, const SourceDico &source,
     return QuickForm{intraOnly(source) + excerpt, seconds(picture.shownAt)};
 }
 
+/// For a pass whose picture no table tells; nothing where a stretch run is quicker.
+std::optional<QuickForm> untoldForm(const PassParts &pass, const SourceDico &source, bool areClose)
+{
+    if (!hasAvc(source))
+        return QuickForm{skippingInput(pass, source), std::nullopt};
+    // Without the pictures between, this decoder takes an intra picture that is no key picture
+    // for one to be shown at another time.
+    if (areClose)
+        return std::nullopt;
+    return QuickForm{QStringList{u"-threads"_s, u"1"_s} + pass.input +
+                         QStringList{u"-i"_s, pass.source},
+                     std::nullopt};
+}
+
 /// The quick form of a pass; nothing where it has none or would find no picture.
-std::optional<QuickForm> quickForm(const Pass &pass, const SourceDico &source, PictureIndex *index)
+std::optional<QuickForm> quickForm(const PassParts &pass, const SourceDico &source,
+                                   PictureIndex *index, bool areClose)
 {
     // De-interlacing looks at the next picture.
     if (index && canBeExcerpt(pass, source) && !filterOf(pass.output).contains(u"yadif"_s)) {
@@ -193,24 +173,30 @@ std::optional<QuickForm> quickForm(const Pass &pass, const SourceDico &source, P
                 return form;
         }
     }
-    // Without the pictures between, this decoder takes an intra picture that is no key picture
-    // for one to be shown at another time.
-    if (isAvc(source))
-        return std::nullopt;
-    return QuickForm{skippingInput(pass, source), std::nullopt};
+    return untoldForm(pass, source, areClose);
+}
+
+/// Seconds between two passes, on average; 0 for one.
+double distance(const PassMap &passes)
+{
+    if (passes.size() < 2)
+        return 0;
+    const double first = takenApart(passes.cbegin()->second).instant;
+    return (takenApart(passes.crbegin()->second).instant - first) / double(passes.size() - 1);
 }
 
 /// The passes that have a quick form.
 std::map<int, QuickForm> quickForms(const PassMap &passes, const SourceDico &source)
 {
     const auto index = isToldByItsHeader(source) ? PictureIndex::of(source) : nullptr;
+    const bool areClose = distance(passes) < shortGroup;
     std::map<int, QuickForm> forms;
     for (const auto &[number, arguments] : passes) {
         if (QThread::currentThread()->isInterruptionRequested())
             break;
         if (!selectsIntraPictures(arguments))
             continue;
-        if (auto form = quickForm(takenApart(arguments), source, index.get()))
+        if (auto form = quickForm(takenApart(arguments), source, index.get(), areClose))
             forms.emplace(number, *std::move(form));
     }
     return forms;
@@ -232,7 +218,7 @@ FastRun intraRun(const PassMap &passes, const std::map<int, QuickForm> &forms)
     QStringList inputs;
     QStringList outputs;
     for (const auto &[number, arguments] : passes) {
-        const Pass pass = takenApart(arguments);
+        const PassParts pass = takenApart(arguments);
         const QuickForm &form = forms.at(number);
         if (run.arguments.isEmpty())
             run.arguments << pass.tool << u"-loglevel"_s << u"info"_s;
@@ -248,63 +234,6 @@ FastRun intraRun(const PassMap &passes, const std::map<int, QuickForm> &forms)
     return run;
 }
 
-/// The filter text with everything before the offset (seconds into the stretch), and from
-/// 12 seconds after it, cut away, as the seek and the duration of a plain pass do.
-QString trimmed(const QString &filter, double offset)
-{
-    return filled(u"trim=start=%.2f:duration=12,setpts=PTS-%.2f/TB,", offset, offset) + filter;
-}
-
-void appendStretchOutput(FastRun &run, const QStringList &arguments, double offset,
-                         const QString &path)
-{
-    const Pass pass = takenApart(arguments);
-    QStringList options = pass.output;
-    const qsizetype filter = options.indexOf(u"-vf"_s) + 1;
-    if (filter > 0)
-        options[filter] = trimmed(options.at(filter), offset);
-    run.arguments << options << path;
-}
-
-QStringList freeOfSelection(const QStringList &arguments)
-{
-    QStringList pass = withoutIntraSelection(arguments);
-    if (const qsizetype filter = pass.indexOf(u"-vf"_s) + 1; filter > 0) {
-        // The tool goes on to filter what comes after the picture. De-interlacing looks at the
-        // next one.
-        const int needed = pass.at(filter).contains(u"yadif"_s) ? 2 : 1;
-        pass[filter] = filled(u"trim=end_frame=%d,", needed) + tellingAsSubstitute(pass.at(filter));
-    }
-    return pass;
-}
-
-FastRun stretchRun(const PassMap &passes)
-{
-    const Pass first = takenApart(passes.cbegin()->second);
-    FastRun run;
-    run.arguments << first.tool << u"-loglevel"_s << u"info"_s << first.input << u"-i"_s
-                  << first.source;
-    for (const auto &[number, arguments] : passes) {
-        const Pass pass = takenApart(arguments);
-        const double offset = pass.instant - first.instant;
-        const QString substitute = pass.path + u".any.jpg"_s;
-        appendStretchOutput(run, arguments, offset, pass.path);
-        appendStretchOutput(run, freeOfSelection(arguments), offset, substitute);
-        run.pictures.push_back(number);
-        run.substitutes.emplace(number, substitute);
-    }
-    return run;
-}
-
-bool isWorthAStretch(const PassMap &row)
-{
-    if (row.size() < 2)
-        return false;
-    const double length =
-        takenApart(row.crbegin()->second).instant - takenApart(row.cbegin()->second).instant;
-    return row.size() >= longRow || length <= closeTogether * double(row.size() - 1);
-}
-
 } // namespace
 
 std::vector<FastRun> intraRuns(const PassMap &passes, const SourceDico &source, int processes)
@@ -317,25 +246,6 @@ std::vector<FastRun> intraRuns(const PassMap &passes, const SourceDico &source, 
         group.insert(*passes.find(form->first));
         if (group.size() == size_t(share) || std::next(form) == forms.cend())
             runs.push_back(intraRun(std::exchange(group, {}), forms));
-    }
-    return runs;
-}
-
-std::vector<FastRun> stretchRuns(const PassMap &passes)
-{
-    std::vector<FastRun> runs;
-    PassMap row;
-    for (auto pass = passes.cbegin(); pass != passes.cend(); ++pass) {
-        if (!selectsIntraPictures(pass->second))
-            continue;
-        row.insert(*pass);
-        const auto next = std::next(pass);
-        if (next != passes.cend() && next->first == pass->first + 1 &&
-            selectsIntraPictures(next->second))
-            continue;
-        if (isWorthAStretch(row))
-            runs.push_back(stretchRun(row));
-        row.clear();
     }
     return runs;
 }

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QStringList>
+
+namespace vignar
+{
+
+/// The parts of a planned pass.
+struct PassParts {
+    QString tool;
+    /// Options of the input, without the log level; the seek is among them.
+    QStringList input;
+    QString source;
+    /// Options of the output, without its path.
+    QStringList output;
+    QString path;
+    /// Seconds into the source.
+    double instant = 0;
+};
+
+/// The parts of an argument list with "-i" in it and the output's path at its end.
+PassParts takenApart(const QStringList &pass);
+
+/// The filter text among the options of an output.
+QString filterOf(const QStringList &output);
+
+/// True when the pass reads a source and takes intra pictures only.
+bool selectsIntraPictures(const QStringList &pass);
+
+} // namespace vignar
