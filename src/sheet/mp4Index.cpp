@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <limits>
 #include <optional>
-#include <ranges>
+#include <span>
 
 namespace vignar
 {
@@ -271,8 +271,8 @@ bool Mp4Index::applyEdit(QByteArrayView track, quint32 movieTicks)
     const bool isWide = numberAt<quint8>(box, 0) == 1;
     const qint64 start = isWide ? numberAt<qint64>(box, 16) : qint64(numberAt<qint32>(box, 12));
     const quint64 length = isWide ? numberAt<quint64>(box, 8) : numberAt<quint32>(box, 8);
-    const auto firstShown = std::ranges::min(m_pictures | std::views::take(longestReordering), {},
-                                             &CodedPicture::shownAt);
+    const auto first = std::span(m_pictures).first(std::min(longestReordering, m_pictures.size()));
+    const auto firstShown = std::ranges::min(first, {}, &CodedPicture::shownAt);
     // Only an edit that does no more than to begin with the first picture.
     if (numberAt<quint32>(box, 4) != 1 || start != firstShown.shownAt ||
         numberAt<quint32>(box, isWide ? 24 : 16) != 0x10000 || movieTicks == 0)
