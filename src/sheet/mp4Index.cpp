@@ -15,6 +15,11 @@ namespace
 
 /// A day of pictures has tables of this size.
 constexpr qint64 largestMovieBox = 256 * 1024 * 1024;
+constexpr size_t mostPictures = 24 * 3600 * 60;
+/// In front of the movie box.
+constexpr int mostBoxes = 10'000;
+/// Far from where sums overflow.
+constexpr qint64 largestPosition = qint64(1) << 60;
 /// Above it a microsecond, ffmpeg's own unit, is coarser than the ticks.
 constexpr qint64 finestTicks = 250'000;
 /// Pictures among which the first one shown is: H.264 moves a picture by at most 16 places.
@@ -109,7 +114,7 @@ private:
 QByteArray movieBox(QFile &file)
 {
     qint64 position = 0;
-    while (file.seek(position)) {
+    for (int left = mostBoxes; left > 0 && file.seek(position); --left) {
         const QByteArray header = file.read(16);
         qint64 size = numberAt<quint32>(header, 0);
         const qint64 headerSize = size == 1 ? 16 : 8;
@@ -201,7 +206,7 @@ bool Mp4Index::readSizes(QByteArrayView sampleTable)
     const QByteArrayView box = boxAt(sampleTable, {"stsz"});
     const Table sizes(box, 1, 8);
     // One size for all is for sound.
-    if (numberAt<quint32>(box, 4) != 0 || !sizes.isWhole())
+    if (numberAt<quint32>(box, 4) != 0 || !sizes.isWhole() || sizes.count() > mostPictures)
         return false;
     m_pictures.resize(sizes.count());
     for (size_t number = 0; number < sizes.count(); ++number)
@@ -219,13 +224,16 @@ bool Mp4Index::readPlaces(QByteArrayView sampleTable)
     size_t number = 0;
     for (size_t run = 0; run < runs.count(); ++run) {
         // Chunks count from 1. A second description would be a second kind of picture.
+        const size_t first = runs.at(run, 0);
         const size_t end = run + 1 < runs.count() ? runs.at(run + 1, 0) : chunks.count() + 1;
-        if (runs.at(run, 0) < 1 || end > chunks.count() + 1 || runs.at(run, 2) != 1)
+        if (first < 1 || first > end || end > chunks.count() + 1 || runs.at(run, 2) != 1)
             return false;
-        for (size_t chunk = runs.at(run, 0); chunk < end; ++chunk) {
+        for (size_t chunk = first; chunk < end; ++chunk) {
             qint64 position = chunks.at(chunk - 1, 0);
             if (!wide.isNull())
                 position = position << 32 | chunks.at(chunk - 1, 1);
+            if (position < 0 || position > largestPosition)
+                return false;
             for (size_t left = runs.at(run, 1); left > 0 && number < m_pictures.size(); --left) {
                 m_pictures[number].position = position;
                 position += m_pictures[number++].size;

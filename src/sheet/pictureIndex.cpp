@@ -24,7 +24,10 @@ std::unique_ptr<PictureIndex> PictureIndex::of(const SourceDico &source)
 
 QByteArray PictureIndex::bytesAt(qint64 position, qint64 count)
 {
-    return m_file->seek(position) ? m_file->read(count) : QByteArray();
+    if (m_readsLeft == 0 || !m_file->seek(position))
+        return {};
+    --m_readsLeft;
+    return m_file->read(count);
 }
 
 } // namespace vignar

@@ -51,7 +51,8 @@ public:
         return m_coding.value_or(
             StreamCoding{.coding = PictureCoding::avc, .lengthSize = m_lengthSize});
     }
-    /// Some bytes of the source.
+    /// Some bytes of the source; none when far more has been read than any search needs, as in a
+    /// file made to be read without end.
     QByteArray bytesAt(qint64 position, qint64 count);
 
 protected:
@@ -61,6 +62,10 @@ protected:
     int m_lengthSize = 0;
     std::optional<StreamCoding> m_coding;
     std::unique_ptr<QFile> m_file;
+
+private:
+    /// They take a few seconds; a search needs a few thousand.
+    int m_readsLeft = 2'000'000;
 };
 
 } // namespace vignar

@@ -96,7 +96,7 @@ std::optional<StreamCoding> av1Coding(QByteArrayView configuration)
     bits.flag();
     if (type != av1SequenceHeader || isExtended || !hasSize)
         return std::nullopt;
-    while (bits.flag())
+    while (!bits.isOver() && bits.flag())
         bits.bits(7);
     bits.bits(7);
     bits.bits(3);
