@@ -36,6 +36,23 @@ bool isOne(QByteArrayView real)
     return real == QByteArrayView(single) || real == QByteArrayView(twice);
 }
 
+std::optional<StreamCoding> codingOf(QByteArrayView codec, QByteArrayView configuration)
+{
+    // Both begin with their version.
+    const bool isConfigured = configuration.startsWith('\1');
+    if (isText(codec, "V_MPEG4/ISO/AVC") && isConfigured)
+        return avcCoding(configuration);
+    if (isText(codec, "V_MPEGH/ISO/HEVC") && isConfigured)
+        return hevcCoding(configuration);
+    if (isText(codec, "V_AV1"))
+        return av1Coding(configuration);
+    if (isText(codec, "V_VP8"))
+        return StreamCoding{PictureCoding::vp8};
+    if (isText(codec, "V_VP9"))
+        return StreamCoding{PictureCoding::vp9};
+    return std::nullopt;
+}
+
 } // namespace
 
 std::unique_ptr<PictureIndex> MatroskaIndex::read(std::unique_ptr<QFile> file)
@@ -62,7 +79,8 @@ bool MatroskaIndex::readSegment()
     bool isMatroska = false;
     if (!header || header->id != Ids::ebml ||
         !allIn(*header, largestHead, [&](const ElementView &piece) {
-            isMatroska |= piece.id == Ids::docType && isText(piece.content, "matroska");
+            isMatroska |= piece.id == Ids::docType &&
+                          (isText(piece.content, "matroska") || isText(piece.content, "webm"));
             return true;
         }))
         return false;
@@ -162,11 +180,10 @@ bool MatroskaIndex::readTrack(QByteArrayView track)
     });
     if (!isWhole || type != pictureTrack)
         return isWhole;
-    if (m_layout.track != 0 || number == 0 || !isPlain || !isText(codec, "V_MPEG4/ISO/AVC") ||
-        !configuration.startsWith('\1'))
+    if (m_layout.track != 0 || number == 0 || !isPlain)
         return false;
     m_layout.track = number;
-    m_coding = avcCoding(configuration);
+    m_coding = codingOf(codec, configuration);
     return m_coding.has_value();
 }
 

@@ -5,7 +5,7 @@
 namespace vignar
 {
 
-/// The cues of a Matroska file (RFC 9559; EBML: RFC 8794) with one picture track, of H.264. The
+/// The cues of a Matroska or WebM file (RFC 9559; EBML: RFC 8794) with one picture track. The
 /// pictures themselves are told by the heads of the blocks, which are read when they are visited.
 class MatroskaIndex final : public PictureIndex
 {
