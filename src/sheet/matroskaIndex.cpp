@@ -24,9 +24,7 @@ constexpr qint64 largestCues = 64 * 1024 * 1024;
 constexpr qint64 largestSeekHead = 16 * 1024;
 /// Elements on the way to the first Cluster.
 constexpr int longestHead = 100;
-/// ffmpeg takes an index of fewer for none, thins out one of more than 43,690 entries
-/// (max_index_size), and drops one that goes on for longer.
-constexpr size_t fewestCues = 2;
+/// ffmpeg thins out an index of more than 43,690 entries (max_index_size).
 constexpr size_t mostCues = 40'000;
 
 bool isOne(QByteArrayView real)
@@ -195,7 +193,7 @@ bool MatroskaIndex::readCues()
                  [this](const ElementView &piece) {
                      return piece.id != Ids::cuePoint || readCuePoint(piece.content);
                  }) &&
-           m_layout.cues.size() >= fewestCues;
+           !m_layout.cues.empty();
 }
 
 bool MatroskaIndex::readCuePoint(QByteArrayView point)

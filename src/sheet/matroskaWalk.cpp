@@ -21,6 +21,9 @@ constexpr qint64 headBytes = longestElementHead + 11;
 /// Elements that one walk looks at; a second takes up to 500.
 constexpr int longestWalk = 50'000;
 
+/// ffmpeg takes an index of fewer for none.
+constexpr size_t fewestCues = 2;
+
 template <size_t count>
 bool isAmong(const std::array<quint32, count> &ids, quint32 id)
 {
@@ -200,7 +203,8 @@ bool MatroskaWalk::hasCue(qint64 time) const
 {
     const auto &cues = m_layout.cues;
     const auto cue = std::ranges::lower_bound(cues, time, {}, &MatroskaCue::time);
-    return cue != cues.end() && cue->time == time && cue->cluster == m_cluster;
+    return cues.size() >= fewestCues && cue != cues.end() && cue->time == time &&
+           cue->cluster == m_cluster;
 }
 
 } // namespace vignar

@@ -61,26 +61,33 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("source");
         QTest::addColumn<QString>("options");
+        QTest::addColumn<int>("leastSyncs");
         const QString encoded = u"-f lavfi -i testsrc2=s=96x64:r=25:d=30 -c:v libx264"_s;
-        QTest::newRow("as it is written") << u"cuts.mkv"_s << u"-c copy"_s;
-        QTest::newRow("with sound") << u"sound.mkv"_s << u"-c copy"_s;
-        QTest::newRow("sound first") << u"sound.mkv"_s << u"-map 0:a -map 0:v -c copy"_s;
-        QTest::newRow("small Clusters") << u"sound.mkv"_s << u"-c copy -cluster_time_limit 300"_s;
+        QTest::newRow("as it is written") << u"cuts.mkv"_s << u"-c copy"_s << 4;
+        QTest::newRow("with sound") << u"sound.mkv"_s << u"-c copy"_s << 4;
+        QTest::newRow("sound first") << u"sound.mkv"_s << u"-map 0:a -map 0:v -c copy"_s << 4;
+        QTest::newRow("small Clusters")
+            << u"sound.mkv"_s << u"-c copy -cluster_time_limit 300"_s << 4;
         QTest::newRow("large Clusters")
-            << u"sound.mkv"_s << u"-c copy -cluster_size_limit 100M -cluster_time_limit 32000"_s;
-        QTest::newRow("cues at the front") << u"cuts.mkv"_s << u"-c copy -cues_to_front 1"_s;
-        QTest::newRow("room for cues") << u"cuts.mkv"_s << u"-c copy -reserve_index_space 4000"_s;
-        QTest::newRow("checksums") << u"cuts.mkv"_s << u"-c copy -write_crc32 1"_s;
-        QTest::newRow("all intra") << QString() << encoded + u" -g 1"_s;
+            << u"sound.mkv"_s << u"-c copy -cluster_size_limit 100M -cluster_time_limit 32000"_s
+            << 4;
+        QTest::newRow("cues at the front") << u"cuts.mkv"_s << u"-c copy -cues_to_front 1"_s << 4;
+        QTest::newRow("room for cues")
+            << u"cuts.mkv"_s << u"-c copy -reserve_index_space 4000"_s << 4;
+        QTest::newRow("checksums") << u"cuts.mkv"_s << u"-c copy -write_crc32 1"_s << 4;
+        QTest::newRow("all intra") << QString() << encoded + u" -g 1"_s << 4;
         QTest::newRow("open groups")
-            << QString() << encoded + u" -x264-params keyint=60:open-gop=1:bframes=5"_s;
-        QTest::newRow("odd rate") << QString() << encoded + u" -r 30000/1001 -g 91"_s;
+            << QString() << encoded + u" -x264-params keyint=60:open-gop=1:bframes=5"_s << 4;
+        // ffmpeg does not use it.
+        QTest::newRow("a single cue") << QString() << encoded + u" -g 9999"_s << 0;
+        QTest::newRow("odd rate") << QString() << encoded + u" -r 30000/1001 -g 91"_s << 4;
     }
 
     void tellsWhatDecodingFinds()
     {
         QFETCH(QString, source);
         QFETCH(QString, options);
+        QFETCH(int, leastSyncs);
         const QString name = u"told.mkv"_s;
         const QStringList words = options.split(u' ');
         QVERIFY(source.isEmpty() ? make(name, words.mid(0, 4).join(u' '), words.mid(4).join(u' '))
@@ -111,7 +118,7 @@ private Q_SLOTS:
             syncs += picture.isSync ? 1 : 0;
             return true;
         }));
-        QVERIFY(syncs >= 4);
+        QVERIFY(leastSyncs > 0 ? syncs >= leastSyncs : syncs == 0);
     }
 
     void saysNothingWhereThereIsDoubt_data()
@@ -120,7 +127,6 @@ private Q_SLOTS:
         QTest::newRow("no cues") << u"-c copy -live 1"_s;
         QTest::newRow("two picture tracks") << u"-map 0:v -map 0:v -c copy"_s;
         QTest::newRow("another codec") << u"-c:v mpeg4"_s;
-        QTest::newRow("a single cue") << u"-t 2 -c copy"_s;
         QTest::newRow("another container") << u"-c copy -f mp4"_s;
     }
 
