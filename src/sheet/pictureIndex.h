@@ -46,11 +46,7 @@ public:
     virtual bool seeksAnywhere() const = 0;
 
     qint64 ticksASecond() const { return m_ticksASecond; }
-    StreamCoding coding() const
-    {
-        return m_coding.value_or(
-            StreamCoding{.coding = PictureCoding::avc, .lengthSize = m_lengthSize});
-    }
+    StreamCoding coding() const { return *m_coding; }
     /// Some bytes of the source; none when far more has been read than any search needs, as in a
     /// file made to be read without end.
     QByteArray bytesAt(qint64 position, qint64 count);
@@ -59,7 +55,7 @@ protected:
     explicit PictureIndex(std::unique_ptr<QFile> file) : m_file(std::move(file)) {}
 
     qint64 m_ticksASecond = 0;
-    int m_lengthSize = 0;
+    /// There once the tables are read.
     std::optional<StreamCoding> m_coding;
     std::unique_ptr<QFile> m_file;
 
