@@ -21,7 +21,8 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-constexpr qint64 lastWordsLimit = 64 * 1024;
+/// The times of all pictures of a run are among them: 60 outputs take some 200 kB.
+constexpr qint64 lastWordsLimit = 1024 * 1024;
 
 bool isWritten(const QString &path)
 {
@@ -64,18 +65,18 @@ void PassExecutor::start(const PassMap &passes, const SourceDico &source)
         m_folderWatcher.addPath(QFileInfo(passes.cbegin()->second.constLast()).path());
     m_planning.start(
         this,
-        [passes, source, processes = m_processes] { return intraRuns(passes, source, processes); },
-        [this](std::vector<FastRun> runs) { take(std::move(runs)); });
+        [passes, source, processes = m_processes] { return intraPlan(passes, source, processes); },
+        [this](IntraPlan plan) { take(std::move(plan)); });
 }
 
-void PassExecutor::take(std::vector<FastRun> runs)
+void PassExecutor::take(IntraPlan plan)
 {
     if (std::exchange(m_isGivenUp, false)) {
         end();
         return;
     }
     m_missing = m_passes;
-    for (FastRun &run : runs) {
+    for (FastRun &run : plan.runs) {
         for (const int picture : run.pictures)
             m_missing.erase(picture);
         m_waiting.push_back({Form::intra, std::move(run)});

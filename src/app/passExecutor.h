@@ -66,7 +66,7 @@ private:
     void taskLauncherDidReceiveNewData(taskLauncher &launcher, const QByteArray &data) override;
     void taskLauncherTaskDidEnd(taskLauncher &launcher) override;
 
-    void take(std::vector<FastRun> runs);
+    void take(IntraPlan plan);
     void enqueuePlain(int picture, const QStringList &pass);
     void launchWaiting();
     void launch(Job job);
@@ -85,7 +85,7 @@ private:
     bool m_isRunning = false;
     bool m_isSuspended = false;
     bool m_isGivenUp = false;
-    BackgroundRun<std::vector<FastRun>> m_planning;
+    BackgroundRun<IntraPlan> m_planning;
     std::deque<Job> m_waiting;
     std::vector<Running> m_running;
     /// Passes that are in none of the intra runs, or that these gave no picture.

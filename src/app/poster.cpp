@@ -50,7 +50,10 @@ bool take(const SourceDico &source, const QStringList &pass)
 bool takeIntra(const SourceDico &source, const QStringList &pass)
 {
     if (!prefValue(Prefs::prefPlainPasses)) {
-        for (const FastRun &quick : intraRuns({{0, pass}}, source, 1)) {
+        const IntraPlan plan = intraPlan({{0, pass}}, source, 1);
+        if (!plan.without.empty())
+            return false;
+        for (const FastRun &quick : plan.runs) {
             const QString report = taskArray(quick.arguments);
             if (!isOfItsTime(quick, 0, pass, report))
                 QFile::remove(pass.constLast());

@@ -1,5 +1,6 @@
 #include "sheet/fastPasses.h"
 
+#include "classShared/format.h"
 #include "sheet/excerpts.h"
 #include "sheet/extractionPasses.h"
 #include "sheet/intraSearch.h"
@@ -34,11 +35,25 @@ constexpr double timeTolerance = 0.002;
 
 /// What a pass of an intra picture can be read by instead.
 struct QuickForm {
+    enum class Kind {
+        /// None is quicker than the forms that come after this.
+        none,
+        /// None finds a picture.
+        without,
+        input
+    };
+
+    Kind kind = Kind::none;
     /// Options of the input and the input.
     QStringList input;
     /// When the picture is shown (seconds into the source), where this is known.
     std::optional<double> time;
 };
+
+QuickForm readBy(const QStringList &input, std::optional<double> time = std::nullopt)
+{
+    return {.kind = QuickForm::Kind::input, .input = input, .time = time};
+}
 
 /// Which stream ffmpeg picks of several is its own affair; only of one there is no doubt.
 bool hasOnePictureStream(const SourceDico &source)
@@ -125,12 +140,12 @@ QStringList skippingInput(const PassParts &pass, const SourceDico &source)
            (excerpt.isEmpty() ? pass.input + QStringList{u"-i"_s, pass.source} : excerpt);
 }
 
-/// An excerpt of nothing but the picture that the pass takes; nothing when it cannot be told.
-std::optional<QuickForm> lonePicture(const PassParts &pass, const SourceDico &source,
-                                     const PictureIndex &index, const CodedPicture &picture)
+/// An excerpt of nothing but the picture that the pass takes; empty when it cannot be told.
+QStringList lonePictureInput(const PassParts &pass, const SourceDico &source,
+                             const PictureIndex &index, const CodedPicture &picture)
 {
     if (!picture.isSync && !index.seeksAnywhere())
-        return std::nullopt;
+        return {};
     const auto seconds = [&index](qint64 ticks) {
         return double(ticks) / double(index.ticksASecond());
     };
@@ -140,37 +155,34 @@ std::optional<QuickForm> lonePicture(const PassParts &pass, const SourceDico &so
                                    .start = seconds(soughtAt),
                                    .end = seconds(soughtAt + 1),
                                    .startsAnywhere = !picture.isSync});
-    if (excerpt.isEmpty())
-        return std::nullopt;
-    return QuickForm{intraOnly(source) + excerpt, seconds(picture.shownAt)};
+    return excerpt.isEmpty() ? excerpt : intraOnly(source) + excerpt;
 }
 
-/// For a pass whose picture no table tells; nothing where a stretch run is quicker.
-std::optional<QuickForm> untoldForm(const PassParts &pass, const SourceDico &source, bool areClose)
+/// For a pass whose picture no table tells.
+QuickForm untoldForm(const PassParts &pass, const SourceDico &source, bool areClose)
 {
     if (!hasAvc(source))
-        return QuickForm{skippingInput(pass, source), std::nullopt};
+        return readBy(skippingInput(pass, source));
     // Without the pictures between, this decoder takes an intra picture that is no key picture
     // for one to be shown at another time.
     if (areClose)
-        return std::nullopt;
-    return QuickForm{QStringList{u"-threads"_s, u"1"_s} + pass.input +
-                         QStringList{u"-i"_s, pass.source},
-                     std::nullopt};
+        return {};
+    return readBy(QStringList{u"-threads"_s, u"1"_s} + pass.input +
+                  QStringList{u"-i"_s, pass.source});
 }
 
-/// The quick form of a pass; nothing where it has none or would find no picture.
-std::optional<QuickForm> quickForm(const PassParts &pass, const SourceDico &source,
-                                   PictureIndex *index, bool areClose)
+QuickForm quickForm(const PassParts &pass, const SourceDico &source, PictureIndex *index,
+                    bool areClose)
 {
     // De-interlacing looks at the next picture.
     if (index && canBeExcerpt(pass, source) && !filterOf(pass.output).contains(u"yadif"_s)) {
-        const IntraSearch search = intraPictureAt(*index, pass.instant, durationOf(pass));
-        if (search.outcome == IntraSearch::Outcome::none)
-            return std::nullopt;
-        if (search.outcome == IntraSearch::Outcome::found) {
-            if (auto form = lonePicture(pass, source, *index, search.picture))
-                return form;
+        const auto [outcome, picture] = intraPictureAt(*index, pass.instant, durationOf(pass));
+        if (outcome == IntraSearch::Outcome::none)
+            return {.kind = QuickForm::Kind::without, .input = {}, .time = {}};
+        if (outcome == IntraSearch::Outcome::found) {
+            const QStringList input = lonePictureInput(pass, source, *index, picture);
+            if (!input.isEmpty())
+                return readBy(input, double(picture.shownAt) / double(index->ticksASecond()));
         }
     }
     return untoldForm(pass, source, areClose);
@@ -185,7 +197,7 @@ double distance(const PassMap &passes)
     return (takenApart(passes.crbegin()->second).instant - first) / double(passes.size() - 1);
 }
 
-/// The passes that have a quick form.
+/// Those of the passes that select intra pictures.
 std::map<int, QuickForm> quickForms(const PassMap &passes, const SourceDico &source)
 {
     const auto index = isToldByItsHeader(source) ? PictureIndex::of(source) : nullptr;
@@ -194,60 +206,101 @@ std::map<int, QuickForm> quickForms(const PassMap &passes, const SourceDico &sou
     for (const auto &[number, arguments] : passes) {
         if (QThread::currentThread()->isInterruptionRequested())
             break;
-        if (!selectsIntraPictures(arguments))
-            continue;
-        if (auto form = quickForm(takenApart(arguments), source, index.get(), areClose))
-            forms.emplace(number, *std::move(form));
+        if (selectsIntraPictures(arguments))
+            forms.emplace(number, quickForm(takenApart(arguments), source, index.get(), areClose));
     }
     return forms;
 }
 
-/// The options of an output whose filter tells the time of its picture.
-QStringList telling(QStringList output, int number)
+/// The run of some passes that have a quick form.
+class IntraRun
 {
-    const qsizetype filter = output.indexOf(u"-vf"_s) + 1;
-    if (!tellsTimes(output.at(filter)))
-        output[filter] += timeTeller(number);
-    return output;
-}
+public:
+    explicit IntraRun(const QString &tool) : m_tool(tool) {}
 
-/// One run of passes that have a quick form.
-FastRun intraRun(const PassMap &passes, const std::map<int, QuickForm> &forms)
-{
-    FastRun run;
-    QStringList inputs;
-    QStringList outputs;
-    for (const auto &[number, arguments] : passes) {
-        const PassParts pass = takenApart(arguments);
-        const QuickForm &form = forms.at(number);
-        if (run.arguments.isEmpty())
-            run.arguments << pass.tool << u"-loglevel"_s << u"info"_s;
-        inputs << form.input;
-        if (passes.size() > 1)
-            outputs << u"-map"_s << u"%1:V:0"_s.arg(run.pictures.size());
-        outputs << (form.time ? telling(pass.output, number) : pass.output) << pass.path;
-        run.pictures.push_back(number);
+    void add(int number, const PassParts &pass, const QuickForm &form)
+    {
+        const double instant = inputOf(pass, form);
+        m_outputs << u"-map"_s << u"%1:V:0"_s.arg(m_input);
+        m_outputs << (form.time ? telling(pass, number, instant) : pass.output) << pass.path;
+        m_run.pictures.push_back(number);
         if (form.time)
-            run.times.emplace(number, *form.time);
+            m_run.times.emplace(number, *form.time);
     }
-    run.arguments << inputs << outputs;
-    return run;
-}
+
+    size_t size() const { return m_run.pictures.size(); }
+
+    FastRun run()
+    {
+        // Of a single input ffmpeg is free to choose the stream, as in a plain pass.
+        if (size() == 1)
+            m_outputs.remove(0, 2);
+        m_run.arguments << m_tool << u"-loglevel"_s << u"info"_s << m_inputs << m_outputs;
+        return std::move(m_run);
+    }
+
+private:
+    /// Chooses the input of a pass, which is that of the last one when both take the same
+    /// picture; answers the instant that its clock counts from.
+    double inputOf(const PassParts &pass, const QuickForm &form)
+    {
+        if (m_input < 0 || !form.time || form.time != m_time) {
+            m_inputs << form.input;
+            m_time = form.time;
+            m_instant = pass.instant;
+            ++m_input;
+        }
+        return m_instant;
+    }
+
+    /// The options of an output whose filter tells the time of its picture, from the instant
+    /// of its own pass on.
+    static QStringList telling(const PassParts &pass, int number, double clockInstant)
+    {
+        QStringList output = pass.output;
+        QString &filter = output[output.indexOf(u"-vf"_s) + 1];
+        if (!tellsTimes(filter))
+            filter += timeTeller(number);
+        if (pass.instant != clockInstant)
+            filter.prepend(filled(u"setpts=PTS-%.2f/TB,", pass.instant - clockInstant));
+        return output;
+    }
+
+    QString m_tool;
+    QStringList m_inputs;
+    QStringList m_outputs;
+    FastRun m_run;
+    int m_input = -1;
+    /// Of the last input.
+    std::optional<double> m_time;
+    double m_instant = 0;
+};
 
 } // namespace
 
-std::vector<FastRun> intraRuns(const PassMap &passes, const SourceDico &source, int processes)
+IntraPlan intraPlan(const PassMap &passes, const SourceDico &source, int processes)
 {
-    const std::map<int, QuickForm> forms = quickForms(passes, source);
-    const int share = picturesARun(qsizetype(forms.size()), source, std::max(1, processes));
-    std::vector<FastRun> runs;
-    PassMap group;
-    for (auto form = forms.cbegin(); form != forms.cend(); ++form) {
-        group.insert(*passes.find(form->first));
-        if (group.size() == size_t(share) || std::next(form) == forms.cend())
-            runs.push_back(intraRun(std::exchange(group, {}), forms));
+    IntraPlan plan;
+    std::map<int, QuickForm> forms = quickForms(passes, source);
+    for (const auto &[number, form] : forms) {
+        if (form.kind == QuickForm::Kind::without)
+            plan.without.insert(number);
     }
-    return runs;
+    std::erase_if(forms,
+                  [](const auto &form) { return form.second.kind != QuickForm::Kind::input; });
+    const int share = picturesARun(qsizetype(forms.size()), source, std::max(1, processes));
+    std::optional<IntraRun> run;
+    for (const auto &[number, form] : forms) {
+        const PassParts pass = takenApart(passes.at(number));
+        if (!run)
+            run.emplace(pass.tool);
+        run->add(number, pass, form);
+        if (run->size() == size_t(share) || number == forms.crbegin()->first) {
+            plan.runs.push_back(run->run());
+            run.reset();
+        }
+    }
+    return plan;
 }
 
 bool isOfItsTime(const FastRun &run, int picture, const QStringList &pass, const QString &report)

@@ -5,6 +5,7 @@
 #include <QStringList>
 
 #include <map>
+#include <set>
 #include <vector>
 
 namespace vignar
@@ -27,11 +28,17 @@ struct FastRun {
     std::map<int, double> times;
 };
 
+struct IntraPlan {
+    std::vector<FastRun> runs;
+    /// Passes that would find no intra picture, as the container tells.
+    std::set<int> without;
+};
+
 /// The quick form of the passes of one source, for so many processes at once: only intra
 /// pictures are decoded, several instants a process. In none of the runs are passes that do
-/// not select intra pictures, and of H.264 those whose picture the container does not tell.
+/// not select intra pictures or would find none, and of H.264 some that are close together.
 /// Reads in the source; for any thread.
-std::vector<FastRun> intraRuns(const PassMap &passes, const SourceDico &source, int processes);
+IntraPlan intraPlan(const PassMap &passes, const SourceDico &source, int processes);
 
 /// Runs that decode a stretch of the source once for several of the passes, which are
 /// those that the intra pictures have left without a picture. Each leaves the picture of

@@ -2,6 +2,7 @@
 #include "settings/stringTables.h"
 #include "sheet/excerpts.h"
 #include "sheet/extractionPasses.h"
+#include "sheet/pictureTimes.h"
 #include "tasks/blockingRuns.h"
 #include "tasks/toolPlaces.h"
 
@@ -94,7 +95,7 @@ private Q_SLOTS:
         SourceDico source{{Keys::srcPathStr, u"/v/a.mp4"_s}, {Keys::v_codec(0), u"hevc"_s}};
         PassMap planned = passes(source, 100, 20, u"x"_s);
         planned[7] = withoutIntraSelection(planned[7]);
-        const auto runs = intraRuns(planned, source, 2);
+        const auto runs = intraPlan(planned, source, 2).runs;
         std::vector<int> taken;
         for (const FastRun &run : runs) {
             taken.insert(taken.end(), run.pictures.begin(), run.pictures.end());
@@ -108,7 +109,7 @@ private Q_SLOTS:
         write(source, Keys::wrapper, containerOf(u".mp4"_s));
         for (const double start : {0.0, 0.5}) {
             write(source, Keys::w_offset, start);
-            for (const FastRun &run : intraRuns(planned, source, 2))
+            for (const FastRun &run : intraPlan(planned, source, 2).runs)
                 QCOMPARE(run.arguments.contains(isNotLookedFor), start == 0);
         }
         // The list that tells of an excerpt has one line for a path.
@@ -116,7 +117,7 @@ private Q_SLOTS:
             QCOMPARE(excerptInput(path, {}).isEmpty(), path.contains(u'\n'));
         // Which of two streams ffmpeg takes is for it alone to say.
         write(source, Keys::v_codec, 1, u"mjpeg"_s);
-        for (const FastRun &run : intraRuns(planned, source, 2))
+        for (const FastRun &run : intraPlan(planned, source, 2).runs)
             QCOMPARE(run.pictures.size(), 1U);
     }
 
@@ -189,7 +190,7 @@ private Q_SLOTS:
         // Of these the container tells which picture it is that a pass takes.
         size_t times = 0;
         const PassMap planned = passes(source, length, count, name + u".fast"_s);
-        for (const FastRun &run : intraRuns(planned, source, 2))
+        for (const FastRun &run : intraPlan(planned, source, 2).runs)
             times += run.times.size();
         QCOMPARE(times > 0, isTold);
         PassExecutor executor;
@@ -209,6 +210,23 @@ private Q_SLOTS:
             QVERIFY2(content(folder(name + u".plain"_s) + u'/' + picture) ==
                          content(folder(name + u".fast"_s) + u'/' + picture),
                      qPrintable(picture));
+    }
+
+    void tellsTheTimesOfManyPictures()
+    {
+        // De-interlacing lets many pictures through that nobody takes.
+        SourceDico source = clip(
+            u"told.avi"_s, u"-t 12 -c:v libx264 -g 25 -flags +ildct+ilme"_s.split(u' '), u"h264"_s);
+        write(source, Keys::v_fields, 0, localised(u"TFF"_s, fieldsTable));
+        PassMap planned = passes(source, 12, 60, u"told"_s);
+        for (auto &[number, pass] : planned)
+            pass[pass.indexOf(u"-vf"_s) + 1] += timeTeller(number);
+        PassExecutor executor;
+        QSignalSpy told(&executor, &PassExecutor::told);
+        QSignalSpy finished(&executor, &PassExecutor::finished);
+        executor.start(planned, source);
+        QVERIFY(finished.wait(60000));
+        QCOMPARE(told.count(), 60);
     }
 
     void canBePausedAndStopped()
