@@ -76,6 +76,7 @@ void PassExecutor::take(IntraPlan plan)
         return;
     }
     m_missing = m_passes;
+    m_runUps = std::move(plan.runUps);
     for (FastRun &run : plan.runs) {
         for (const int picture : run.pictures)
             m_missing.erase(picture);
@@ -105,7 +106,7 @@ void PassExecutor::launchWaiting()
 void PassExecutor::takeUpMissing()
 {
     PassMap plain = std::exchange(m_missing, {});
-    for (FastRun &run : stretchRuns(plain)) {
+    for (FastRun &run : stretchRuns(plain, m_runUps)) {
         for (const int picture : run.pictures)
             plain.erase(picture);
         m_waiting.push_back({Form::stretch, std::move(run)});

@@ -90,6 +90,7 @@ private:
     std::vector<Running> m_running;
     /// Passes that are in none of the intra runs, or that these gave no picture.
     PassMap m_missing;
+    std::map<int, double> m_runUps;
     std::set<int> m_landed;
     QFileSystemWatcher m_folderWatcher;
 };

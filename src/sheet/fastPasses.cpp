@@ -97,15 +97,9 @@ bool isHevc(const SourceDico &source)
     return read(source, Keys::v_codec, 0) == u"hevc";
 }
 
-double durationOf(const PassParts &pass)
-{
-    return pass.output.value(pass.output.indexOf(u"-t"_s) + 1).toDouble();
-}
-
 bool canBeExcerpt(const PassParts &pass, const SourceDico &source)
 {
-    const bool isOnlySought = pass.input.size() == 2 && pass.input.constFirst() == u"-ss";
-    return isOnlySought && durationOf(pass) > 0 && isToldByItsHeader(source) &&
+    return isOnlySought(pass) && durationOf(pass) > 0 && isToldByItsHeader(source) &&
            hasOnePictureStream(source) && opensExcerpts(pass.tool);
 }
 
@@ -197,8 +191,25 @@ double distance(const PassMap &passes)
     return (takenApart(passes.crbegin()->second).instant - first) / double(passes.size() - 1);
 }
 
-/// Those of the passes that select intra pictures.
-std::map<int, QuickForm> quickForms(const PassMap &passes, const SourceDico &source)
+/// Seconds from the sync picture before the instant of a pass to it, where they are told.
+std::optional<double> runUpOf(const PassParts &pass, const SourceDico &source, PictureIndex *index)
+{
+    std::optional<qint64> sync;
+    if (!index || !isOnlySought(pass) || !hasOnePictureStream(source))
+        return std::nullopt;
+    const qint64 instant = ticksOf(pass.instant, *index);
+    index->visitFrom(instant, [&sync](const CodedPicture &picture) {
+        sync = picture.shownAt;
+        return false;
+    });
+    if (!sync)
+        return std::nullopt;
+    return std::max(0.0, double(instant - *sync) / double(index->ticksASecond()));
+}
+
+/// The forms of the passes that select intra pictures; what is known of the others.
+std::map<int, QuickForm> quickForms(const PassMap &passes, const SourceDico &source,
+                                    IntraPlan &plan)
 {
     const auto index = isToldByItsHeader(source) ? PictureIndex::of(source) : nullptr;
     const bool areClose = distance(passes) < shortGroup;
@@ -206,8 +217,16 @@ std::map<int, QuickForm> quickForms(const PassMap &passes, const SourceDico &sou
     for (const auto &[number, arguments] : passes) {
         if (QThread::currentThread()->isInterruptionRequested())
             break;
+        const PassParts pass = takenApart(arguments);
+        QuickForm form;
         if (selectsIntraPictures(arguments))
-            forms.emplace(number, quickForm(takenApart(arguments), source, index.get(), areClose));
+            form = quickForm(pass, source, index.get(), areClose);
+        if (form.kind == QuickForm::Kind::without)
+            plan.without.insert(number);
+        if (form.kind == QuickForm::Kind::input)
+            forms.emplace(number, std::move(form));
+        else if (const auto runUp = runUpOf(pass, source, index.get()))
+            plan.runUps.emplace(number, *runUp);
     }
     return forms;
 }
@@ -281,13 +300,7 @@ private:
 IntraPlan intraPlan(const PassMap &passes, const SourceDico &source, int processes)
 {
     IntraPlan plan;
-    std::map<int, QuickForm> forms = quickForms(passes, source);
-    for (const auto &[number, form] : forms) {
-        if (form.kind == QuickForm::Kind::without)
-            plan.without.insert(number);
-    }
-    std::erase_if(forms,
-                  [](const auto &form) { return form.second.kind != QuickForm::Kind::input; });
+    const std::map<int, QuickForm> forms = quickForms(passes, source, plan);
     const int share = picturesARun(qsizetype(forms.size()), source, std::max(1, processes));
     std::optional<IntraRun> run;
     for (const auto &[number, form] : forms) {

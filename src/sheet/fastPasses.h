@@ -32,6 +32,9 @@ struct IntraPlan {
     std::vector<FastRun> runs;
     /// Passes that would find no intra picture, as the container tells.
     std::set<int> without;
+    /// How far before its instant (seconds) a pass that is in none of the runs begins to
+    /// decode, where the container tells.
+    std::map<int, double> runUps;
 };
 
 /// The quick form of the passes of one source, for so many processes at once: only intra
@@ -40,11 +43,11 @@ struct IntraPlan {
 /// Reads in the source; for any thread.
 IntraPlan intraPlan(const PassMap &passes, const SourceDico &source, int processes);
 
-/// Runs that decode a stretch of the source once for several of the passes, which are
-/// those that the intra pictures have left without a picture. Each leaves the picture of
+/// Runs that decode a stretch of the source once for several of the passes, which are those
+/// that have no quick form or were left without a picture by it. Each leaves the picture of
 /// its plain pass or, as a substitute, that of the pass free to take any picture. Only
 /// passes that stand so close that this is cheaper than one run each are in the runs.
-std::vector<FastRun> stretchRuns(const PassMap &passes);
+std::vector<FastRun> stretchRuns(const PassMap &passes, const std::map<int, double> &runUps = {});
 
 /// True unless the report of a run tells that a picture of it, which its pass was to leave, is
 /// shown at another time than is known.

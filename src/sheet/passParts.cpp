@@ -27,6 +27,16 @@ QString filterOf(const QStringList &output)
     return output.value(output.indexOf(u"-vf"_s) + 1);
 }
 
+double durationOf(const PassParts &pass)
+{
+    return pass.output.value(pass.output.indexOf(u"-t"_s) + 1).toDouble();
+}
+
+bool isOnlySought(const PassParts &pass)
+{
+    return pass.input.size() == 2 && pass.input.constFirst() == u"-ss";
+}
+
 bool selectsIntraPictures(const QStringList &pass)
 {
     return pass.contains(u"-i"_s) && withoutIntraSelection(pass) != pass;

@@ -24,6 +24,12 @@ PassParts takenApart(const QStringList &pass);
 /// The filter text among the options of an output.
 QString filterOf(const QStringList &output);
 
+/// The seconds after which a pass ends that has found nothing.
+double durationOf(const PassParts &pass);
+
+/// True when the input has no options but to be sought.
+bool isOnlySought(const PassParts &pass);
+
 /// True when the pass reads a source and takes intra pictures only.
 bool selectsIntraPictures(const QStringList &pass);
 

@@ -4,6 +4,8 @@
 #include "sheet/passParts.h"
 #include "sheet/pictureTimes.h"
 
+#include <optional>
+
 namespace vignar
 {
 
@@ -14,6 +16,9 @@ namespace
 
 /// Neighbours at most so far apart (seconds) share a decode however few they are.
 constexpr double closeTogether = 15;
+/// The same of passes that take any picture: they end with the first, and mostly begin not
+/// far before it.
+constexpr double closeOfAny = 5;
 /// So many neighbours in a row without an intra picture tell of a source that has hardly
 /// any: each plain pass would decode it from far away.
 constexpr size_t longRow = 4;
@@ -36,15 +41,19 @@ void appendStretchOutput(FastRun &run, const QStringList &arguments, double offs
     run.arguments << options << path;
 }
 
-QStringList freeOfSelection(const QStringList &arguments)
+/// The filter text passing on no more than a pass that takes any picture needs: the tool goes
+/// on to filter what comes after the picture.
+QString endingSoon(const QString &filter)
+{
+    // De-interlacing looks at the next picture.
+    return filled(u"trim=end_frame=%d,", filter.contains(u"yadif"_s) ? 2 : 1) + filter;
+}
+
+QStringList takingAny(const QStringList &arguments)
 {
     QStringList pass = withoutIntraSelection(arguments);
-    if (const qsizetype filter = pass.indexOf(u"-vf"_s) + 1; filter > 0) {
-        // The tool goes on to filter what comes after the picture. De-interlacing looks at the
-        // next one.
-        const int needed = pass.at(filter).contains(u"yadif"_s) ? 2 : 1;
-        pass[filter] = filled(u"trim=end_frame=%d,", needed) + tellingAsSubstitute(pass.at(filter));
-    }
+    QString &filter = pass[pass.indexOf(u"-vf"_s) + 1];
+    filter = endingSoon(pass == arguments ? filter : tellingAsSubstitute(filter));
     return pass;
 }
 
@@ -57,39 +66,77 @@ FastRun stretchRun(const PassMap &passes)
     for (const auto &[number, arguments] : passes) {
         const PassParts pass = takenApart(arguments);
         const double offset = pass.instant - first.instant;
+        run.pictures.push_back(number);
+        if (!selectsIntraPictures(arguments)) {
+            appendStretchOutput(run, takingAny(arguments), offset, pass.path);
+            continue;
+        }
         const QString substitute = pass.path + u".any.jpg"_s;
         appendStretchOutput(run, arguments, offset, pass.path);
-        appendStretchOutput(run, freeOfSelection(arguments), offset, substitute);
-        run.pictures.push_back(number);
+        appendStretchOutput(run, takingAny(arguments), offset, substitute);
         run.substitutes.emplace(number, substitute);
     }
     return run;
 }
 
-bool isWorthAStretch(const PassMap &row)
+/// What the passes of a row decode (seconds), each on its own; nothing where it is not told.
+std::optional<double> decodedAlone(const PassMap &row, const std::map<int, double> &runUps)
+{
+    double seconds = 0;
+    for (const auto &[number, arguments] : row) {
+        const auto runUp = runUps.find(number);
+        if (runUp == runUps.end())
+            return std::nullopt;
+        // One that selects goes on looking for as long as it may, then another run takes any.
+        seconds += selectsIntraPictures(arguments)
+                       ? 2 * runUp->second + durationOf(takenApart(arguments))
+                       : runUp->second;
+    }
+    return seconds;
+}
+
+bool isWorthAStretch(const PassMap &row, const std::map<int, double> &runUps)
 {
     if (row.size() < 2)
         return false;
     const double length =
         takenApart(row.crbegin()->second).instant - takenApart(row.cbegin()->second).instant;
-    return row.size() >= longRow || length <= closeTogether * double(row.size() - 1);
+    if (const auto alone = decodedAlone(row, runUps))
+        return runUps.at(row.cbegin()->first) + length < *alone;
+    const auto gaps = double(row.size() - 1);
+    if (!selectsIntraPictures(row.cbegin()->second))
+        return length <= closeOfAny * gaps;
+    return row.size() >= longRow || length <= closeTogether * gaps;
+}
+
+/// Only passes that do no more than to seek can be told by the place in a stretch.
+bool canShareAStretch(const QStringList &arguments)
+{
+    const PassParts pass = takenApart(arguments);
+    return isOnlySought(pass) && !filterOf(pass.output).isEmpty() &&
+           !pass.output.contains(u"-ss"_s);
+}
+
+bool areNeighbours(const PassMap::value_type &pass, const PassMap::value_type &next)
+{
+    return next.first == pass.first + 1 && canShareAStretch(next.second) &&
+           selectsIntraPictures(next.second) == selectsIntraPictures(pass.second);
 }
 
 } // namespace
 
-std::vector<FastRun> stretchRuns(const PassMap &passes)
+std::vector<FastRun> stretchRuns(const PassMap &passes, const std::map<int, double> &runUps)
 {
     std::vector<FastRun> runs;
     PassMap row;
     for (auto pass = passes.cbegin(); pass != passes.cend(); ++pass) {
-        if (!selectsIntraPictures(pass->second))
+        if (!canShareAStretch(pass->second))
             continue;
         row.insert(*pass);
         const auto next = std::next(pass);
-        if (next != passes.cend() && next->first == pass->first + 1 &&
-            selectsIntraPictures(next->second))
+        if (next != passes.cend() && areNeighbours(*pass, *next))
             continue;
-        if (isWorthAStretch(row))
+        if (isWorthAStretch(row, runUps))
             runs.push_back(stretchRun(row));
         row.clear();
     }

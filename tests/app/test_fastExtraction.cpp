@@ -128,16 +128,18 @@ private Q_SLOTS:
         QTest::addColumn<QString>("codec");
         QTest::addColumn<bool>("isInterlaced");
         QTest::addColumn<bool>("isTold");
-        enum Trait { common, interlaced, told };
+        QTest::addColumn<bool>("isAny");
+        enum Trait { common, interlaced, told, any };
         const auto row = [](const char *title, const QString &name, const QString &options,
                             const QString &codec, Trait trait = common) {
             QTest::newRow(title) << name << options.split(u' ') << codec << (trait == interlaced)
-                                 << (trait == told);
+                                 << (trait == told) << (trait == any);
         };
         row("an intra picture a second", u"a.mp4"_s, u"-t 12 -c:v libx264 -g 25"_s, u"h264"_s,
             told);
         row("one intra picture in all", u"b.mp4"_s, u"-t 12 -c:v libx264 -g 999"_s, u"h264"_s,
             told);
+        row("any picture", u"r.mp4"_s, u"-t 12 -c:v libx264 -g 999"_s, u"h264"_s, any);
         row("intra pictures far apart", u"c's 100% é.mkv"_s,
             u"-t 40 -c:v libx264 -preset ultrafast -g 400 -keyint_min 400 -sc_threshold 0"_s,
             u"h264"_s, told);
@@ -179,10 +181,13 @@ private Q_SLOTS:
         QFETCH(QString, codec);
         QFETCH(bool, isInterlaced);
         QFETCH(bool, isTold);
+        QFETCH(bool, isAny);
         SourceDico source = clip(name, options, codec);
         QVERIFY(!source.isEmpty());
         const QString fields = isInterlaced ? u"TFF"_s : u"PFF"_s;
         write(source, Keys::v_fields, 0, localised(fields, fieldsTable));
+        if (isAny)
+            write(source, Keys::intraFailure, 1);
         const double length = options.value(1).toDouble();
         const int count = 9;
 
@@ -190,9 +195,11 @@ private Q_SLOTS:
         // Of these the container tells which picture it is that a pass takes.
         size_t times = 0;
         const PassMap planned = passes(source, length, count, name + u".fast"_s);
-        for (const FastRun &run : intraPlan(planned, source, 2).runs)
+        const IntraPlan plan = intraPlan(planned, source, 2);
+        for (const FastRun &run : plan.runs)
             times += run.times.size();
         QCOMPARE(times > 0, isTold);
+        QVERIFY(!isAny || stretchRuns(planned, plan.runUps).size() == 1);
         PassExecutor executor;
         executor.setProcesses(2);
         QSignalSpy landed(&executor, &PassExecutor::landed);
