@@ -225,7 +225,7 @@ std::map<int, QuickForm> quickForms(const PassMap &passes, const SourceDico &sou
             plan.without.insert(number);
         if (form.kind == QuickForm::Kind::input)
             forms.emplace(number, std::move(form));
-        else if (const auto runUp = runUpOf(pass, source, index.get()))
+        if (const auto runUp = runUpOf(pass, source, index.get()))
             plan.runUps.emplace(number, *runUp);
     }
     return forms;

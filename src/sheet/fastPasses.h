@@ -32,8 +32,8 @@ struct IntraPlan {
     std::vector<FastRun> runs;
     /// Passes that would find no intra picture, as the container tells.
     std::set<int> without;
-    /// How far before its instant (seconds) a pass that is in none of the runs begins to
-    /// decode, where the container tells.
+    /// How far before its instant (seconds) a pass by itself begins to decode, where the
+    /// container tells.
     std::map<int, double> runUps;
 };
 
