@@ -66,7 +66,7 @@ void TestBatchRun::initTestCase()
     // One key frame at the start: no intra picture follows any later instant.
     QVERIFY(makeClip(clip(u"longGroup.mp4"_s), picture,
                      {u"-g"_s, u"1000"_s, u"-sc_threshold"_s, u"0"_s}));
-    // Takes a while to be decoded.
+    // Takes a while by plain passes.
     QVERIFY(makeClip(clip(u"long.mp4"_s), u"testsrc2=s=640x360:r=25:d=60"_s,
                      {u"-preset"_s, u"ultrafast"_s, u"-g"_s, u"9999"_s}));
     QVERIFY(makeClip(clip(u"sound.mp4"_s), u"sine=d=2"_s));
@@ -222,6 +222,7 @@ void TestBatchRun::vanishedSourceIsSkipped()
 
 void TestBatchRun::stopLeavesNothingBehind()
 {
+    prefWrite(Prefs::prefPlainPasses, 1);
     appDelegate application(*m_outlets);
     analyse(application, {clip(u"long.mp4"_s), clip(u"b/clip.mkv"_s)});
     QVERIFY(application.iba_batchGoBt());
@@ -254,6 +255,7 @@ void TestBatchRun::unwritableDestinationFails()
 
 void TestBatchRun::pausedBatchWaits()
 {
+    prefWrite(Prefs::prefPlainPasses, 1);
     appDelegate application(*m_outlets);
     analyse(application, {clip(u"long.mp4"_s)});
     QVERIFY(application.iba_batchGoBt());
