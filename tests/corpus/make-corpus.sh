@@ -129,6 +129,8 @@ if [ ! -e 'good/cover first.mp4' ]; then
         parts/new.mp4
     finish good .mp4 'cover first'
 fi
+[ ! -e parts/cover.png ] || remake 'cover attached' .mkv cuts.mp4 -attach parts/cover.png \
+    -metadata:s:t mimetype=image/png -metadata:s:t filename=cover.png
 if [ $quick = no ]; then
     hdr=(-preset ultrafast -pix_fmt yuv420p10le -color_primaries bt2020 -colorspace bt2020nc -an)
     clip 'phone hdr' .mov libx265 1280x720 4 "${hdr[@]}" -color_trc arib-std-b67 -tag:v hvc1 \
