@@ -123,13 +123,13 @@ clip 'open groups' .mp4 libx264 640x360 30 -preset fast -x264-params keyint=75:o
 clip 'fields' .mp4 libx264 640x360 12 "${cuts[@]}" -flags +ildct+ilme -g 40 -x264-params scenecut=100
 clip 'no key pictures' .mp4 libx264 640x360 20 -preset fast -x264-params keyint=60:intra-refresh=1
 clip 'slides' .mp4 libx264 640x360 60 -r 1 -preset slow -x264-params keyint=9:bframes=8
+[ -e parts/cover.png ] || ff -f lavfi -i color=red:s=300x300 -frames:v 1 parts/cover.png
 if [ ! -e 'good/cover first.mp4' ]; then
-    ff -f lavfi -i color=red:s=300x300 -frames:v 1 parts/cover.png
     ff -i parts/cover.png -i good/h264.mp4 -map 0 -map 1 -c copy -disposition:v:0 attached_pic \
         parts/new.mp4
     finish good .mp4 'cover first'
 fi
-[ ! -e parts/cover.png ] || remake 'cover attached' .mkv cuts.mp4 -attach parts/cover.png \
+remake 'cover attached' .mkv cuts.mp4 -attach parts/cover.png \
     -metadata:s:t mimetype=image/png -metadata:s:t filename=cover.png
 if [ $quick = no ]; then
     hdr=(-preset ultrafast -pix_fmt yuv420p10le -color_primaries bt2020 -colorspace bt2020nc -an)
