@@ -19,7 +19,7 @@ namespace
 {
 
 /// More pictures a process save little more, and the progress would stand still.
-constexpr int mostPicturesARun = 7;
+constexpr int mostPicturesARun = 14;
 /// What the decoders of one process may hold, and how many pictures each of them does.
 constexpr double decoderMemory = 256e6;
 constexpr double picturesHeld = 10;
@@ -27,14 +27,16 @@ constexpr double picturesHeld = 10;
 /// Reports tell times with six digits.
 constexpr double timeTolerance = 0.002;
 
-int picturesARun(qsizetype passes, const SourceDico &source, int processes)
+/// So many that all processes have the same to do.
+int picturesARun(int passes, const SourceDico &source, int processes)
 {
     const double width = read(source, Keys::v_width, 0).value_or(1920);
     const double height = read(source, Keys::v_height, 0).value_or(1080);
     const double decoder = picturesHeld * std::max(1.0, width * height) * 1.5;
     const int held = std::clamp(int(decoderMemory / decoder), 1, mostPicturesARun);
-    const int share = int((passes + processes - 1) / processes);
-    return std::clamp(share, 1, held);
+    const auto upTo = [](int number, int step) { return (number + step - 1) / step; };
+    const int rounds = std::max(1, upTo(passes, held * processes));
+    return std::max(1, upTo(passes, rounds * processes));
 }
 
 /// The forms that are inputs; what else is found goes into the plan.
@@ -128,9 +130,8 @@ IntraPlan intraPlan(const PassMap &passes, const SourceDico &source, int process
     QuickForms quick(passes, source);
     const std::map<int, QuickForm> forms = formsOf(passes, quick, plan);
     // Which stream to take of each input can be told only where it is sure.
-    const int share = quick.isStreamSure()
-                          ? picturesARun(qsizetype(forms.size()), source, std::max(1, processes))
-                          : 1;
+    const int share =
+        quick.isStreamSure() ? picturesARun(int(forms.size()), source, std::max(1, processes)) : 1;
     std::optional<IntraRun> run;
     for (const auto &[number, form] : forms) {
         const PassParts pass = takenApart(passes.at(number));
