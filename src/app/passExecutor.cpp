@@ -106,7 +106,7 @@ void PassExecutor::launchWaiting()
 void PassExecutor::takeUpMissing()
 {
     PassMap plain = std::exchange(m_missing, {});
-    for (FastRun &run : stretchRuns(plain, m_runUps)) {
+    for (FastRun &run : stretchRuns(plain, m_source, m_runUps)) {
         for (const int picture : run.pictures)
             plain.erase(picture);
         m_waiting.push_back({Form::stretch, std::move(run)});

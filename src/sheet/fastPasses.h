@@ -43,11 +43,16 @@ struct IntraPlan {
 /// Reads in the source; for any thread.
 IntraPlan intraPlan(const PassMap &passes, const SourceDico &source, int processes);
 
-/// Runs that decode a stretch of the source once for several of the passes, which are those
-/// that have no quick form or were left without a picture by it. Each leaves the picture of
-/// its plain pass or, as a substitute, that of the pass free to take any picture. Only
+/// True for containers in which times go on and on, so that one who decodes through comes by
+/// the same pictures as one who seeks: recordings that were joined begin anew in the middle.
+bool isContinuous(const SourceDico &source);
+
+/// Runs that decode a stretch of a continuous source once for several of its passes, which are
+/// those that have no quick form or were left without a picture by it. Each leaves the picture
+/// of its plain pass or, as a substitute, that of the pass free to take any picture. Only
 /// passes that stand so close that this is cheaper than one run each are in the runs.
-std::vector<FastRun> stretchRuns(const PassMap &passes, const std::map<int, double> &runUps = {});
+std::vector<FastRun> stretchRuns(const PassMap &passes, const SourceDico &source,
+                                 const std::map<int, double> &runUps = {});
 
 /// True unless the report of a run tells that a picture of it, which its pass was to leave, is
 /// shown at another time than is known.

@@ -57,7 +57,7 @@ QuickForms::QuickForms(const PassMap &passes, const SourceDico &source)
       m_isToldByItsHeader(isToldByItsHeader(source)),
       m_hasAvc(hasAvc(source)),
       m_isHevc(read(source, Keys::v_codec, 0) == u"hevc"),
-      m_areClose(distance(passes) < shortGroup),
+      m_areClose(isContinuous(source) && distance(passes) < shortGroup),
       m_index(m_isToldByItsHeader ? PictureIndex::of(source) : nullptr),
       // Which of several ffmpeg takes is its own affair. An index is of a file with one picture
       // track; what else there is are pictures attached to it, which ffmpeg does not take.

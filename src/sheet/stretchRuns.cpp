@@ -4,6 +4,8 @@
 #include "sheet/passParts.h"
 #include "sheet/pictureTimes.h"
 
+#include <algorithm>
+#include <array>
 #include <optional>
 
 namespace vignar
@@ -16,12 +18,12 @@ namespace
 
 /// Neighbours at most so far apart (seconds) share a decode however few they are.
 constexpr double closeTogether = 15;
-/// The same of passes that take any picture: they end with the first, and mostly begin not
-/// far before it.
-constexpr double closeOfAny = 5;
 /// So many neighbours in a row without an intra picture tell of a source that has hardly
 /// any: each plain pass would decode it from far away.
 constexpr size_t longRow = 4;
+
+/// As ffmpeg names them first.
+constexpr std::array continuousContainers{"mov,"_L1, "matroska,"_L1, "avi"_L1, "flv"_L1, "asf"_L1};
 
 /// The filter text with everything before the offset (seconds into the stretch), and from
 /// 12 seconds after it, cut away, as the seek and the duration of a plain pass do.
@@ -103,10 +105,9 @@ bool isWorthAStretch(const PassMap &row, const std::map<int, double> &runUps)
         takenApart(row.crbegin()->second).instant - takenApart(row.cbegin()->second).instant;
     if (const auto alone = decodedAlone(row, runUps))
         return runUps.at(row.cbegin()->first) + length < *alone;
-    const auto gaps = double(row.size() - 1);
-    if (!selectsIntraPictures(row.cbegin()->second))
-        return length <= closeOfAny * gaps;
-    return row.size() >= longRow || length <= closeTogether * gaps;
+    // Passes that take any picture end with the first, and mostly begin not far before it.
+    return selectsIntraPictures(row.cbegin()->second) &&
+           (row.size() >= longRow || length <= closeTogether * double(row.size() - 1));
 }
 
 /// Only passes that do no more than to seek can be told by the place in a stretch.
@@ -125,9 +126,20 @@ bool areNeighbours(const PassMap::value_type &pass, const PassMap::value_type &n
 
 } // namespace
 
-std::vector<FastRun> stretchRuns(const PassMap &passes, const std::map<int, double> &runUps)
+bool isContinuous(const SourceDico &source)
+{
+    const QString container = readStr(source, Keys::wrapper);
+    return std::ranges::any_of(continuousContainers, [&container](QLatin1StringView name) {
+        return container.startsWith(name);
+    });
+}
+
+std::vector<FastRun> stretchRuns(const PassMap &passes, const SourceDico &source,
+                                 const std::map<int, double> &runUps)
 {
     std::vector<FastRun> runs;
+    if (!isContinuous(source))
+        return runs;
     PassMap row;
     for (auto pass = passes.cbegin(); pass != passes.cend(); ++pass) {
         if (!canShareAStretch(pass->second))
