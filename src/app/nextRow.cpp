@@ -9,24 +9,23 @@ namespace vignar
 bool NextRow::begin(const Plan &plan)
 {
     release();
-    auto folder = claimExtractionFolder(plan.target.dstPath);
+    auto folder = ExtractionFolder::make();
     if (!folder)
         return false;
-    auto pictures = std::make_unique<RowPictures>(*folder);
+    auto pictures = std::make_unique<RowPictures>(std::move(*folder));
     const SheetPlan sheet = planSheet(plan.layout, plan.source, pictures->folder());
     if (sheet.ffmpegPasses.isEmpty())
         return false;
     m_source = readStr(plan.source, Keys::srcPathStr);
-    m_dstPath = plan.target.dstPath;
     m_pictures = std::move(pictures);
     logLine(u"th ahead            : %@", m_source);
     m_pictures->start(sheet.ffmpegPasses, plan.source);
     return true;
 }
 
-std::unique_ptr<RowPictures> NextRow::handOver(const QString &source, const QString &dstPath)
+std::unique_ptr<RowPictures> NextRow::handOver(const QString &source)
 {
-    if (source != m_source || dstPath != m_dstPath)
+    if (source != m_source)
         release();
     auto pictures = std::move(m_pictures);
     release();
@@ -49,7 +48,6 @@ void NextRow::release()
 {
     m_pictures.reset();
     m_source.clear();
-    m_dstPath.clear();
 }
 
 } // namespace vignar

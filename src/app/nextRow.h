@@ -1,7 +1,6 @@
 #pragma once
 
 #include "app/rowPictures.h"
-#include "app/sheetDestination.h"
 
 #include <memory>
 
@@ -18,21 +17,17 @@ public:
         /// Its record with what the preferences ask for.
         SourceDico source;
         int layout = mixLayout;
-        SheetTarget target;
     };
 
-    /// Claims the folder of a row, plans, and starts its passes. False, and nothing has
-    /// happened, where that is not possible.
+    /// Plans a row and starts its passes. False, and nothing has happened, if that is not
+    /// possible.
     bool begin(const Plan &plan);
 
     /// Path of its source; null when there is none.
     const QString &source() const { return m_source; }
-    /// Path of its sheet without extension; null when there is none.
-    const QString &dstPath() const { return m_dstPath; }
-
-    /// The pictures under way of that source and sheet; of others they are given up, and
-    /// null is the answer.
-    std::unique_ptr<RowPictures> handOver(const QString &source, const QString &dstPath);
+    /// The pictures under way of that source; null if they are of another one, which are
+    /// given up.
+    std::unique_ptr<RowPictures> handOver(const QString &source);
 
     void suspend();
     void resume();
@@ -41,7 +36,6 @@ public:
 
 private:
     QString m_source;
-    QString m_dstPath;
     std::unique_ptr<RowPictures> m_pictures;
 };
 

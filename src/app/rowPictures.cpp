@@ -20,7 +20,6 @@ RowPictures::~RowPictures()
 {
     // A process that still ran would write into the folder again.
     m_executor.terminate();
-    releaseExtractionFolder(m_folder.path, m_folder.made);
 }
 
 void RowPictures::start(const Dico &passes, const SourceDico &source)

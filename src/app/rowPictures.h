@@ -9,17 +9,16 @@ namespace vignar
 {
 
 /// The pictures of one row: the folder that they are written to, and the passes that take
-/// them. Its end kills what runs and releases the folder. Main thread only.
+/// them. Its end kills what runs and removes the folder. Main thread only.
 class RowPictures : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Takes over a folder that has been claimed.
     explicit RowPictures(ExtractionFolder folder);
     ~RowPictures() override;
 
-    const QString &folder() const { return m_folder.path; }
+    QString folder() const { return m_folder.path(); }
 
     /// Starts passes (index text to argument list) of a source. Does nothing while it runs.
     void start(const Dico &passes, const SourceDico &source);

@@ -3,6 +3,7 @@
 #include "app/nextRow.h"
 #include "app/outlets.h"
 #include "app/rowChoices.h"
+#include "app/sheetDestination.h"
 #include "app/sheetProduction.h"
 #include "app/stepTable.h"
 #include "tasks/backgroundRun.h"
@@ -66,13 +67,8 @@ public:
     /// them.
     SheetTarget plannedTarget(const SourceDico &source, QSet<QString> &taken) const;
 
-    /// Sheet paths without extension of the rows that hold an extraction folder: the one
-    /// being made, and the one ahead of its turn; null when there is none.
-    QString dstPathNow() const { return m_pictures ? m_target.dstPath : QString(); }
-    QString dstPathAhead() const { return m_next.dstPath(); }
-
 Q_SIGNALS:
-    /// The row after the one being made has got its extraction folder.
+    /// The passes of the row after the one being made have been started.
     void aheadBegun();
     /// The batch is over, by itself or stopped.
     void ended();

@@ -95,18 +95,18 @@ Result<void> SheetDriver::prepareRow()
 Result<void> SheetDriver::takeFolder()
 {
     SheetPlan plan;
-    m_pictures = m_next.handOver(m_outcome->source, m_target.dstPath);
+    m_pictures = m_next.handOver(m_outcome->source);
     if (m_pictures)
         plan = plannedSheet();
     m_isBegunAhead = m_pictures && !prefValue(Prefs::prefPlainPasses) &&
                      plan.ffmpegPasses == m_pictures->passes();
     if (!m_isBegunAhead) {
-        // Other pictures are wanted by now: the folder is free again before it is claimed.
+        // Other pictures are wanted by now.
         m_pictures.reset();
-        auto folder = claimExtractionFolder(m_target.dstPath);
+        auto folder = ExtractionFolder::make();
         if (!folder)
             return Failure{folder.reason()};
-        m_pictures = std::make_unique<RowPictures>(*folder);
+        m_pictures = std::make_unique<RowPictures>(std::move(*folder));
         plan = plannedSheet();
     }
     prefWriteChildDico(RunKeys::processEncDico, Keys::purgePathStr1, m_pictures->folder());
@@ -159,7 +159,7 @@ void SheetDriver::beginNextRow()
     const SheetTarget target = plannedTarget(record, taken);
     if (!isMadeWithoutAsking(target, choices.format))
         return;
-    if (m_next.begin({planningInput(record, choices.layout), choices.layout, target}))
+    if (m_next.begin({planningInput(record, choices.layout), choices.layout}))
         Q_EMIT aheadBegun();
 }
 

@@ -6,7 +6,6 @@
 #include "cli/workerMessages.h"
 #include "settings/preferences.h"
 #include "settings/stringTables.h"
-#include "sheet/extractionFolder.h"
 #include "tasks/workFolder.h"
 
 #include <QCoreApplication>
@@ -29,13 +28,6 @@ QString workerFolder(int number)
     return workFolder() + u"/job-%1"_s.arg(number);
 }
 
-/// Removes what a dead worker has left where it extracted pictures.
-void cleanUpAfter(const QString &dstPath)
-{
-    if (const auto folder = claimExtractionFolder(dstPath))
-        releaseExtractionFolder(folder->path, folder->made);
-}
-
 } // namespace
 
 JobsSession::JobsSession(const CommandScreen &screen, ProgressLine &progress, Results &results,
@@ -52,9 +44,6 @@ bool JobsSession::run()
     for (int count = 0; count < m_plan.workers; ++count)
         startWorker();
     QCoreApplication::exec();
-    // A tool that a dead worker had started may have written one more file since.
-    for (const QString &dstPath : std::as_const(m_lost))
-        cleanUpAfter(dstPath);
     m_progress.clear();
     return !m_signals.isInterrupted();
 }
@@ -173,10 +162,6 @@ void JobsSession::sourceDone(size_t position)
 void JobsSession::sourceLost(size_t position)
 {
     const Source &source = m_sources[position];
-    if (!source.dstPath.isEmpty()) {
-        cleanUpAfter(source.dstPath);
-        m_lost.append(source.dstPath);
-    }
     if (!source.isTold)
         tellFailure(position,
                     localised(m_isStopping ? u"V_reason_stopped"_s : u"V_reason_processEnded"_s));
@@ -227,7 +212,6 @@ void JobsSession::make(Source &source)
 {
     const SheetTarget target = sheetTarget(destinationFolder(m_screen.destinationField()),
                                            source.path, source.naming, m_takenNames);
-    source.dstPath = target.dstPath;
     source.stage = Source::Stage::making;
     ++m_begun;
     if (!m_progress.isTerminal())

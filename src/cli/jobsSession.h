@@ -45,8 +45,6 @@ private:
         Stage stage = Stage::waiting;
         WorkerProcess *worker = nullptr;
         SheetNaming naming;
-        /// Path of its sheet without extension, once that is settled.
-        QString dstPath;
         std::optional<AlertRequest> question;
         /// What became of it has been told.
         bool isTold = false;
@@ -90,7 +88,6 @@ private:
     QSet<QString> m_takenNames;
     /// The answer to all questions that follow.
     std::optional<AlertButton> m_answer;
-    QStringList m_lost;
     bool m_isStopping = false;
     int m_refused = 0;
     int m_begun = 0;

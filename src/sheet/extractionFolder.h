@@ -3,36 +3,39 @@
 #include "classShared/result.h"
 
 #include <QStringList>
+#include <QTemporaryDir>
+
+#include <memory>
 
 namespace vignar
 {
 
-/// The name of the folder that receives the pictures, inside the sheet's own folder.
+/// The name of the folder that a plan gives to a sheet's pictures.
 inline constexpr QLatin1String extractedImgName{"extractedImg"};
 
-/// An extraction folder and what had to be made for it.
-struct ExtractionFolder {
-    QString path;
-    /// The folders that our runs have made here, innermost first; path is one of them.
-    QStringList made;
+/// A folder in the work folder that receives the pictures of one sheet. Only the user may
+/// enter it, and it is removed together with the object.
+class ExtractionFolder
+{
+public:
+    /// The reason of a failure names the work folder.
+    static Result<ExtractionFolder> make();
+
+    QString path() const { return m_folder->path(); }
+
+private:
+    explicit ExtractionFolder(std::unique_ptr<QTemporaryDir> folder);
+
+    std::unique_ptr<QTemporaryDir> m_folder;
 };
 
-/// Where the pictures of a sheet would go; creates nothing.
+/// The folder that a plan names for the pictures of a sheet: "extractedImg" below dstPath (a
+/// path without extension, beside the sheet). Plans that are only printed name it; no run
+/// creates it.
 QString plannedExtractionFolder(const QString &dstPath);
 
-/// Makes an extraction folder without pictures below dstPath (a path without extension,
-/// beside the sheet), with its missing parents. A folder that is not ours is never cleared:
-/// one of ours left by a dead run loses its pictures, anything else, a living run's
-/// included, is stepped around with a numbered name. It is held until its release or the
-/// end of the process. The reason of a failure names the folder. Main thread only.
-Result<ExtractionFolder> claimExtractionFolder(const QString &dstPath);
-
-/// Removes the pictures and the extraction folder if it is ours, then those of made that
-/// are empty. A folder into which somebody else has put a file stays with that file.
-void releaseExtractionFolder(const QString &path, const QStringList &made);
-
-/// The picture files in it, in index order; empty ones, which a failed pass leaves, do not
-/// count.
+/// The picture files in a folder, in index order; empty ones, which a failed pass leaves, do
+/// not count.
 QStringList extractedPictures(const QString &path);
 
 } // namespace vignar

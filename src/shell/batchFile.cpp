@@ -64,9 +64,7 @@ QByteArray opening(const SessionState &state)
     QByteArray json =
         QJsonDocument(QJsonObject{{u"version"_s, 1},
                                   {u"pending"_s, QJsonArray::fromStringList(state.pending)},
-                                  {u"isMaking"_s, state.isMaking},
-                                  {u"unfinished"_s, state.unfinished},
-                                  {u"ahead"_s, state.ahead}})
+                                  {u"isMaking"_s, state.isMaking}})
             .toJson(QJsonDocument::Compact);
     json.chop(1);
     return json;
@@ -103,8 +101,6 @@ SessionState BatchFile::read() const
     SessionState state;
     state.pending = texts(saved.value("pending"_L1).toArray());
     state.isMaking = saved.value("isMaking"_L1).toBool();
-    state.unfinished = saved.value("unfinished"_L1).toString();
-    state.ahead = saved.value("ahead"_L1).toString();
     const QJsonArray rows = saved.value("rows"_L1).toArray();
     for (const QJsonValue &value : rows) {
         const QJsonObject row = value.toObject();

@@ -21,10 +21,6 @@ struct SessionState {
     QStringList pending;
     /// A batch is running; where it is read back, the program had not ended by itself.
     bool isMaking = false;
-    /// Sheet path without extension of the row being made; empty: none.
-    QString unfinished;
-    /// That of the row whose pictures are taken ahead of its turn; empty: none.
-    QString ahead;
 };
 
 /// The batch list in a folder of its own: "batch.json" and a small poster for each row.

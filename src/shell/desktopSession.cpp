@@ -94,8 +94,6 @@ void DesktopSession::connectWindow()
     connect(&progress, &ProgressPanel::goPressed, this, [this] { go(); });
     connect(&progress, &ProgressPanel::pausePressed, this, &DesktopSession::setPaused);
     connect(&progress, &ProgressPanel::stopPressed, this, &DesktopSession::stop);
-    connect(&m_application.sheetDriver(), &SheetDriver::aheadBegun, this,
-            [this] { m_saved.changedMuch(); });
     for (const auto signal : {&BatchList::rowAdded, &BatchList::rowChanged, &BatchList::rowRemoved})
         connect(&m_application.whichArrayController(), signal, this, &DesktopSession::rowsChanged);
 }

@@ -103,7 +103,6 @@ private:
     void restore();
     void restoreWindow();
     void saveWindow();
-    void clearUnfinished(const QString &dstPath);
 
     bool mayClose();
     void endWhenIdle();

@@ -45,11 +45,8 @@ QString DesktopSession::chooseFolder(const QString &title, const QString &start)
 
 void DesktopSession::setProgressMaximum(ProgressBar bar, double maximum)
 {
-    if (bar != ProgressBar::steps)
-        return;
-    m_window.progress().setStepsMaximum(maximum);
-    // The row has its extraction folder now, which a later start must be able to find.
-    m_saved.changedMuch();
+    if (bar == ProgressBar::steps)
+        m_window.progress().setStepsMaximum(maximum);
 }
 
 void DesktopSession::setProgressValue(ProgressBar bar, double value)

@@ -4,12 +4,9 @@
 #include "classShared/lineLog.h"
 #include "settings/preferences.h"
 #include "settings/stringTables.h"
-#include "sheet/extractionFolder.h"
 #include "shell/noticeBar.h"
 #include "shell/shellKeys.h"
 #include "shell/windowPlaces.h"
-
-#include <QFileInfo>
 
 namespace vignar
 {
@@ -41,10 +38,6 @@ SessionState DesktopSession::state()
         state.pending.append(pending.value(QString::number(number)).toString());
 
     state.isMaking = m_application.sheetDriver().isActive() && !m_isEnding;
-    if (state.isMaking) {
-        state.unfinished = m_application.sheetDriver().dstPathNow();
-        state.ahead = m_application.sheetDriver().dstPathAhead();
-    }
     return state;
 }
 
@@ -85,8 +78,6 @@ void DesktopSession::restore()
     }
     setGoAllowed(batch.count() > 0);
     if (saved.isMaking) {
-        clearUnfinished(saved.unfinished);
-        clearUnfinished(saved.ahead);
         Notice notice{NoticeKind::warning,
                       localised(u"V_crash_title"_s),
                       filled(localised(u"V_crash_text"_s), unmade),
@@ -98,15 +89,6 @@ void DesktopSession::restore()
     }
     if (!saved.pending.isEmpty())
         openFiles(saved.pending);
-}
-
-void DesktopSession::clearUnfinished(const QString &dstPath)
-{
-    // The pictures of a sheet that a run of ours could not finish; its folder knows us.
-    if (dstPath.isEmpty() || !QFileInfo(plannedExtractionFolder(dstPath)).isDir())
-        return;
-    if (const auto folder = claimExtractionFolder(dstPath))
-        releaseExtractionFolder(folder->path, folder->made);
 }
 
 void DesktopSession::quit()

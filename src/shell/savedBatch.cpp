@@ -32,12 +32,6 @@ void SavedBatch::changed()
         m_timer.start();
 }
 
-void SavedBatch::changedMuch()
-{
-    if (!m_isFrozen)
-        saveAside();
-}
-
 void SavedBatch::saveAside()
 {
     m_timer.stop();

@@ -32,8 +32,6 @@ public:
 
     /// Something has changed.
     void changed();
-    /// Something has changed that a crash in this moment must not lose.
-    void changedMuch();
     /// Saves now and waits for it; false when the state could not be written.
     bool save();
     /// Saves now, and nothing that changes from then on.

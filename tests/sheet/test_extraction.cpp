@@ -4,6 +4,7 @@
 #include "sheet/pictureTimes.h"
 #include "sheet/thumbnailPlan.h"
 #include "tasks/toolPlaces.h"
+#include "tasks/workFolder.h"
 
 #include <QDir>
 #include <QImage>
@@ -11,8 +12,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <sys/wait.h>
-#include <unistd.h>
+#include <sys/stat.h>
 
 using namespace vignar;
 using namespace Qt::StringLiterals;
@@ -22,12 +22,6 @@ static void writeFile(const QString &path, const QByteArray &content = "kept")
     QVERIFY(QDir().mkpath(QFileInfo(path).path()));
     QFile file(path);
     QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
-}
-
-static ExtractionFolder claimed(const QString &dstPath)
-{
-    const auto folder = claimExtractionFolder(dstPath);
-    return folder ? *folder : ExtractionFolder{folder.reason(), {}};
 }
 
 class TestExtraction : public QObject
@@ -106,76 +100,47 @@ private Q_SLOTS:
         QCOMPARE(QProcess::execute(ffmpegPath(), {u"-v"_s, u"error"_s, u"-f"_s, u"lavfi"_s, u"-i"_s,
                                                   test, u"-pix_fmt"_s, u"yuv420p"_s, clip}),
                  0);
-        const ExtractionFolder folder = claimed(at(name + u"/sheet "_s + name));
-        const SheetPlan plan = planSheet(bigLayout, {{Keys::srcPathStr, clip}}, folder.path);
+        setWorkFolder(at(name + u"/work "_s + name));
+        auto folder = std::make_unique<Result<ExtractionFolder>>(ExtractionFolder::make());
+        QVERIFY(*folder);
+        const QString path = (*folder)->path();
+        const SheetPlan plan = planSheet(bigLayout, {{Keys::srcPathStr, clip}}, path);
         const auto pass = withoutIntraSelection(plan.ffmpegPasses.value(u"0"_s).toStringList());
         QCOMPARE(QProcess::execute(pass.first(), pass.mid(1)), 0);
 
-        QStringList pictures{thumbnailPath(folder.path, 0)};
+        QStringList pictures{thumbnailPath(path, 0)};
         QCOMPARE(QImage(pictures.first()).size(), plan.thumbnails.size);
         // A pass that failed half-way leaves an empty file; the order is that of the numbers.
-        writeFile(thumbnailPath(folder.path, 1), {});
+        writeFile(thumbnailPath(path, 1), {});
         for (const int index : {20, 100}) {
-            pictures.append(thumbnailPath(folder.path, index));
+            pictures.append(thumbnailPath(path, index));
             writeFile(pictures.last());
         }
-        QCOMPARE(extractedPictures(folder.path), pictures);
-        releaseExtractionFolder(folder.path, folder.made);
-        QCOMPARE(entries(name), QStringList{QFileInfo(clip).fileName()});
-        QCOMPARE(entries(), QStringList{name});
+        QCOMPARE(extractedPictures(path), pictures);
+        folder.reset();
+        QVERIFY(entries(name + u"/work "_s + name).isEmpty());
     }
 
-    void foreignFoldersAreSteppedAround()
+    void extractionFoldersArePrivate()
     {
-        const QString base = at(u"clip/extractedImg"_s);
-        writeFile(base + u"/img00.jpg"_s);
-        // A planted link must not lead a removal elsewhere, whatever lies behind it.
-        writeFile(at(u"pictures/img00.jpg"_s));
-        writeFile(at(u"pictures/.vignar-extraction"_s));
-        QVERIFY(QFile::link(at(u"pictures"_s), base + u"-1"_s));
-
-        const ExtractionFolder folder = claimed(at(u"clip"_s));
-        QCOMPARE(folder.path, base + u"-2"_s);
-        for (const QString &path : {folder.path, base, base + u"-1"_s})
-            releaseExtractionFolder(path, {path});
-        QCOMPARE(entries(u"clip"_s), (QStringList{u"extractedImg"_s, u"extractedImg-1"_s}));
-        QCOMPARE(entries(u"pictures"_s).size(), 2);
-
-        // Nor is a file taken for a folder, or for a parent of one.
-        const QString file = base + u"/img00.jpg"_s;
-        const ExtractionFolder beside = claimed(file);
-        QCOMPARE(beside.path, file + u"-1/extractedImg"_s);
-        releaseExtractionFolder(beside.path, beside.made);
-        QVERIFY(claimed(file + u"/sub/clip"_s).path.contains(file + u"/sub"_s));
-        QCOMPARE(entries(u"clip/extractedImg"_s), QStringList{u"img00.jpg"_s});
-    }
-
-    void foldersOfALivingRunAreSteppedAround()
-    {
-        const ExtractionFolder first = claimed(at(u"deep/er/clip"_s));
-        const ExtractionFolder second = claimed(at(u"deep/er/clip"_s));
-        QCOMPARE(second.path, first.path + u"-1"_s);
-        writeFile(thumbnailPath(second.path, 0));
-        releaseExtractionFolder(first.path, first.made);
-        QCOMPARE(extractedPictures(second.path).size(), 1);
-        releaseExtractionFolder(second.path, second.made);
-        QVERIFY(entries().isEmpty());
-    }
-
-    void foldersOfADeadRunAreEmptied()
-    {
-        const QString path = at(u"clip/extractedImg"_s);
-        const pid_t crashing = fork();
-        if (crashing == 0)
-            _exit(claimed(at(u"clip"_s)).path == path ? 0 : 1);
-        int status = 1;
-        QVERIFY(waitpid(crashing, &status, 0) == crashing && status == 0);
-        for (const QString &name : {u"img03.jpg"_s, u"img04.jpg.a1B2c3"_s, u"mine.jpg"_s})
-            writeFile(path + u'/' + name);
-        const ExtractionFolder folder = claimed(at(u"clip"_s));
-        QCOMPARE(folder.made, (QStringList{path, at(u"clip"_s)}));
-        releaseExtractionFolder(folder.path, folder.made);
-        QCOMPARE(entries(u"clip/extractedImg"_s), QStringList{u"mine.jpg"_s});
+        const mode_t mask = ::umask(0002);
+        setWorkFolder(at(u"work"_s));
+        {
+            const auto first = ExtractionFolder::make();
+            const auto second = ExtractionFolder::make();
+            QVERIFY(first && second && first->path() != second->path());
+            const auto others = QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup |
+                                QFile::ReadOther | QFile::WriteOther | QFile::ExeOther;
+            QVERIFY(!(QFile::permissions(first->path()) & others));
+            writeFile(thumbnailPath(first->path(), 0));
+        }
+        QVERIFY(entries(u"work"_s).isEmpty());
+        ::umask(mask);
+        writeFile(at(u"taken"_s));
+        setWorkFolder(at(u"taken"_s));
+        const auto none = ExtractionFolder::make();
+        QVERIFY(!none && none.reason().contains(at(u"taken"_s)));
+        setWorkFolder({});
     }
 };
 
