@@ -203,10 +203,24 @@ void DesktopSession::rememberDestination()
 
 void DesktopSession::openDestination()
 {
-    const QString folder = m_application.sheetDriver().destination();
-    if (openInDesktop(QFileInfo(folder).isDir() ? folder : expandTilde(destinationField())))
+    const QString sheets = m_application.sheetDriver().destination();
+    const QString folder = QFileInfo(sheets).isDir() ? sheets : expandTilde(destinationField());
+    if (!QFileInfo(folder).isDir()) {
+        showSheetNotice(localised(u"V_destination_missing"_s), sheets);
         return;
-    showSheetNotice(localised(u"V_destination_missing"_s), folder);
+    }
+    openFolder(folder, this, [this, folder](bool isShown) {
+        if (!isShown)
+            showSheetNotice(localised(u"V_noFileManager"_s), folder);
+    });
+}
+
+void DesktopSession::showFile(const QString &path)
+{
+    showInFileManager(path, this, [this, path](bool isShown) {
+        if (!isShown)
+            showSheetNotice(localised(u"V_noFileManager"_s), path);
+    });
 }
 
 void DesktopSession::applyChoices(const QList<int> &rows)

@@ -40,6 +40,8 @@ public:
     void setPaused(bool isPaused);
     void stop();
 
+    /// Shows a file in the file manager; a notice where there is none.
+    void showFile(const QString &path);
     /// Reads again what the window shows of the preferences.
     void preferencesChanged();
     /// Gives rows the layout and format that are chosen now; the row being made keeps its.

@@ -167,7 +167,7 @@ void DesktopSession::batchEnded()
 void DesktopSession::reveal(const QString &folder)
 {
     if (!m_isEnding)
-        openInDesktop(folder);
+        openFolder(folder, this);
 }
 
 } // namespace vignar

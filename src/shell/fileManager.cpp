@@ -1,48 +1,125 @@
 #include "shell/fileManager.h"
 
 #include "classShared/lineLog.h"
+#include "settings/applicationPlaces.h"
+#include "shell/platform/dbusCall.h"
 
-#include <QDBusConnection>
-#include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
+#include <QCoreApplication>
 #include <QDesktopServices>
 #include <QFileInfo>
 #include <QUrl>
+
+#include <gio/gio.h>
+
+#include <memory>
 
 namespace vignar
 {
 
 using namespace Qt::StringLiterals;
 
-bool openInDesktop(const QString &path)
+namespace
+{
+
+struct Unref {
+    void operator()(GAppInfo *program) const { g_object_unref(program); }
+};
+using DesktopProgram = std::unique_ptr<GAppInfo, Unref>;
+
+constexpr auto folderType = "inode/directory";
+
+const DBusPlace &fileManager()
+{
+    static const DBusPlace place{u"org.freedesktop.FileManager1"_s,
+                                 u"/org/freedesktop/FileManager1"_s,
+                                 u"org.freedesktop.FileManager1"_s};
+    return place;
+}
+
+/// By its desktop file, or by its executable: users write desktop files of their own.
+bool isThisProgram(GAppInfo *program)
+{
+    const QString id = QString::fromUtf8(g_app_info_get_id(program));
+    const QString executable = QString::fromUtf8(g_app_info_get_executable(program));
+    return id == bundleIdentifier + ".desktop"_L1 ||
+           QFileInfo(executable).fileName() ==
+               QFileInfo(QCoreApplication::applicationFilePath()).fileName();
+}
+
+/// The desktop's preferred program for folders, or the first that is not this one.
+DesktopProgram folderProgram()
+{
+    DesktopProgram chosen(g_app_info_get_default_for_type(folderType, FALSE));
+    if (chosen && !isThisProgram(chosen.get()))
+        return chosen;
+    chosen.reset();
+    GList *all = g_app_info_get_all_for_type(folderType);
+    for (const GList *each = all; each && !chosen; each = each->next) {
+        auto *program = static_cast<GAppInfo *>(each->data);
+        if (!isThisProgram(program))
+            chosen.reset(static_cast<GAppInfo *>(g_object_ref(program)));
+    }
+    g_list_free_full(all, g_object_unref);
+    return chosen;
+}
+
+bool openInFolderProgram(const QString &folder)
+{
+    const DesktopProgram program = folderProgram();
+    if (!program) {
+        logLine(u"openFolder          :-( no program for folders ('%@')", folder);
+        return false;
+    }
+    QByteArray url = QUrl::fromLocalFile(folder).toEncoded();
+    GList urls{url.data(), nullptr, nullptr};
+    GError *error = nullptr;
+    if (g_app_info_launch_uris(program.get(), &urls, nullptr, &error))
+        return true;
+    logLine(u"openFolder          :-( '%@' : %@", folder, QString::fromUtf8(error->message));
+    g_error_free(error);
+    return false;
+}
+
+void ask(const QString &method, const QString &path, const QString &folder, QObject *context,
+         const ShownHandler &done)
+{
+    const QString url = QUrl::fromLocalFile(path).toString(QUrl::FullyEncoded);
+    const QDBusMessage call = fileManager().call(method, {QStringList{url}, QString()});
+    callThen(QDBusConnection::sessionBus(), call, context,
+             [folder, done](const QDBusMessage &reply) {
+                 const bool isShown =
+                     reply.type() != QDBusMessage::ErrorMessage || openInFolderProgram(folder);
+                 if (done)
+                     done(isShown);
+             });
+}
+
+} // namespace
+
+bool openFile(const QString &path)
 {
     const bool isOpened =
-        QFileInfo::exists(path) && QDesktopServices::openUrl(QUrl::fromLocalFile(path));
+        QFileInfo(path).isFile() && QDesktopServices::openUrl(QUrl::fromLocalFile(path));
     if (!isOpened)
         logLine(u"openFile            :-( '%@'", path);
     return isOpened;
 }
 
-bool showInFileManager(const QString &path)
+void openFolder(const QString &folder, QObject *context, const ShownHandler &done)
+{
+    if (QFileInfo(folder).isDir())
+        ask(u"ShowFolders"_s, folder, folder, context, done);
+    else if (done)
+        done(false);
+}
+
+void showInFileManager(const QString &path, QObject *context, const ShownHandler &done)
 {
     const QString folder = QFileInfo(path).path();
-    if (!QFileInfo::exists(path))
-        return QFileInfo(folder).isDir() && openInDesktop(folder);
-    const QDBusConnection bus = QDBusConnection::sessionBus();
-    if (!bus.isConnected())
-        return openInDesktop(folder);
-    QDBusMessage call = QDBusMessage::createMethodCall(
-        u"org.freedesktop.FileManager1"_s, u"/org/freedesktop/FileManager1"_s,
-        u"org.freedesktop.FileManager1"_s, u"ShowItems"_s);
-    call << QStringList{QUrl::fromLocalFile(path).toString(QUrl::FullyEncoded)} << QString();
-    auto *watcher = new QDBusPendingCallWatcher(bus.asyncCall(call));
-    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher, [watcher, folder] {
-        if (watcher->isError())
-            openInDesktop(folder);
-        watcher->deleteLater();
-    });
-    return true;
+    if (QFileInfo::exists(path))
+        ask(u"ShowItems"_s, path, folder, context, done);
+    else
+        openFolder(folder, context, done);
 }
 
 } // namespace vignar

@@ -68,7 +68,7 @@ void HelpCommands::iba_menuDebugToggle()
 void HelpCommands::iba_OpenFile(const QString &path)
 {
     logDebug(u"iba_OpenFile        : %@", path);
-    openInDesktop(path);
+    openFile(path);
 }
 
 void HelpCommands::iba_openLocalizationFile()
@@ -77,8 +77,9 @@ void HelpCommands::iba_openLocalizationFile()
     logLine(u"Local language      : %@", interfaceLanguage());
     if (path.isNull())
         return;
-    const bool isRevealed = showInFileManager(path);
-    logLine(u"revealFolderInFinder? %d (%@)", isRevealed, path);
+    showInFileManager(path, this, [path](bool isShown) {
+        logLine(u"revealFolderInFinder? %d (%@)", isShown, path);
+    });
     alertTimed(localised(u"localizationToOpen"_s), localised(u"localizationOpened"_s), {}, {}, {},
                AlertStyle::informational, 0);
 }

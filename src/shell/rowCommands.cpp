@@ -73,13 +73,13 @@ void RowCommands::preview()
 
 void RowCommands::openSheet()
 {
-    openInDesktop(value(BatchModel::sheetRole));
+    openFile(value(BatchModel::sheetRole));
 }
 
 void RowCommands::show()
 {
     const QString sheet = value(BatchModel::sheetRole);
-    showInFileManager(QFileInfo::exists(sheet) ? sheet : value(BatchModel::pathRole));
+    m_session.showFile(QFileInfo::exists(sheet) ? sheet : value(BatchModel::pathRole));
 }
 
 void RowCommands::showLog()

@@ -9,6 +9,7 @@
 #include "shell/mainMenu.h"
 #include "shell/noticeBar.h"
 #include "shell/progressPanel.h"
+#include "support/fakeBus.h"
 #include "support/folderListing.h"
 #include "support/makeClip.h"
 #include "support/urlSink.h"
@@ -143,6 +144,7 @@ private:
     QTemporaryDir m_clips;
     std::unique_ptr<QTemporaryDir> m_folder;
     std::unique_ptr<UrlSink> m_desktop;
+    std::unique_ptr<FakeFileManager> m_fileManager;
 };
 
 void TestDesktop::initTestCase()
@@ -159,6 +161,8 @@ void TestDesktop::init()
 {
     m_folder = std::make_unique<QTemporaryDir>();
     m_desktop = std::make_unique<UrlSink>();
+    m_fileManager = std::make_unique<FakeFileManager>();
+    QVERIFY2(m_fileManager->isThere(), "dbus-daemon is not installed");
     QVERIFY(QDir().mkdir(destination()));
     setSharedPreferenceStore(std::make_unique<MemoryPreferenceStore>());
     prefWrite(Prefs::prefDefautDstPathStr, destination());
@@ -170,6 +174,7 @@ void TestDesktop::cleanup()
 {
     setAlertPresenter({});
     m_desktop.reset();
+    m_fileManager.reset();
 }
 
 std::unique_ptr<DesktopSession> TestDesktop::startSession()
@@ -231,11 +236,20 @@ void TestDesktop::goMakesSheets()
     waitForEnd(*session);
     QCOMPARE(filesUnder(destination()), (QStringList{u"a-index.jpg"_s, u"b-index.jpg"_s}));
     QCOMPARE(statusOf(*session, 1), localised(u"V_row_success"_s));
-    QCOMPARE(m_desktop->opened, QStringList{destination()});
+    const QString opening = u"ShowFolders "_s + destination();
+    QTRY_COMPARE(m_fileManager->asked(), QStringList{opening});
     QCOMPARE(session->window().notices().shown()->title, localised(u"D_fin_GUI"_s));
     session->window().drawer().selectRows({1});
     session->window().menu().openSheet->trigger();
-    QCOMPARE(m_desktop->opened.last(), destination() + u"/b-index.jpg"_s);
+    QCOMPARE(m_desktop->opened, QStringList{destination() + u"/b-index.jpg"_s});
+    session->window().menu().showInFileManager->trigger();
+    QTRY_COMPARE(m_fileManager->asked().last(),
+                 u"ShowItems "_s + destination() + u"/b-index.jpg"_s);
+    press(session->window().notices(), u"V_notice_open"_s);
+    QTRY_COMPARE(m_fileManager->asked().last(), opening);
+    session->window().menu().openDestination->trigger();
+    QTRY_COMPARE(m_fileManager->asked().size(), 4);
+    QCOMPARE(m_fileManager->asked().last(), opening);
     // What was told of this run is no news of the next.
     session->go(RowsToMake::unmade);
     QVERIFY(!session->window().notices().shown());
@@ -397,5 +411,12 @@ void TestDesktop::picturesStayOutOfTheDestination()
     QCOMPARE(seen, QStringList());
 }
 
-QTEST_MAIN(TestDesktop)
+int main(int argc, char **argv)
+{
+    const PrivateBus bus;
+    QApplication application(argc, argv);
+    TestDesktop test;
+    return QTest::qExec(&test, argc, argv);
+}
+
 #include "test_desktop.moc"

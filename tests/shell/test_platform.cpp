@@ -20,6 +20,7 @@
 #include <QLocalSocket>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QSaveFile>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -79,6 +80,33 @@ private:
 QString hex(const QString &path)
 {
     return QString::fromLatin1(path.toUtf8().toHex());
+}
+
+QStringList linesOf(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    return QString::fromUtf8(file.readAll()).split(u'\n', Qt::SkipEmptyParts);
+}
+
+/// A program for folders, which notes what it is asked to open. The one named first is the
+/// preferred one.
+void installFolderProgram(const QString &id, const QString &executable)
+{
+    static QStringList ids;
+    ids << id + u".desktop"_s;
+    const QString applications = qEnvironmentVariable("XDG_DATA_HOME") + u"/applications"_s;
+    QVERIFY(QDir().mkpath(applications));
+    const auto put = [&applications](const QString &name, const QString &text) {
+        QSaveFile file(applications + u'/' + name);
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(text.toUtf8()) > 0 && file.commit());
+    };
+    put(ids.last(),
+        u"[Desktop Entry]\nType=Application\nName=%1\nMimeType=inode/directory;\n"
+        "Exec=%2 -c 'echo \"$1\" >>%3/%1.asked' sh %f\n"_s.arg(id, executable, QDir::tempPath()));
+    put(u"mimeapps.list"_s, u"[Default Applications]\ninode/directory=%1;\n[Added Associations]\n"
+                            "inode/directory=%2;\n"_s.arg(ids.first(), ids.join(u';')));
 }
 
 class RecordingServices : public SleepInhibitor, public TaskbarProgress, public EndNotifier
@@ -373,24 +401,50 @@ private Q_SLOTS:
         m_progress << (isVisible ? properties.value(u"progress"_s).toDouble() : -1);
     }
 
-    void filesAreShownInTheirFolder()
+    void theFileManagerShowsFilesAndFolders()
     {
-        const QString path = QDir::tempPath() + u"/100% #1 é.jpg"_s;
-        QVERIFY(QFile(path).open(QIODevice::WriteOnly));
-        UrlSink sink;
-        {
-            FakeService manager(u"org.freedesktop.FileManager1"_s,
-                                u"/org/freedesktop/FileManager1"_s,
-                                [](const QDBusMessage &) -> QVariantList { return {}; });
-            QVERIFY(manager.isThere());
-            QVERIFY(showInFileManager(path));
-            QTRY_COMPARE(manager.calls.size(), 1);
-            const QString url = manager.calls[0].arguments()[0].toStringList().value(0);
-            QVERIFY2(url.endsWith(u"/100%25%20%231%20%C3%A9.jpg"), qPrintable(url));
-        }
-        QVERIFY(sink.opened.isEmpty());
-        QVERIFY(showInFileManager(path));
-        QTRY_COMPARE(sink.opened, QStringList{QDir::tempPath()});
+        const QString folder = QDir::tempPath() + u"/100% #1 é"_s;
+        QVERIFY(QDir().mkpath(folder) && QFile(folder + u"/a.jpg"_s).open(QIODevice::WriteOnly));
+        FakeFileManager manager;
+        QVERIFY(manager.isThere());
+        QList<bool> shown;
+        const auto note = [&shown](bool isShown) { shown << isShown; };
+        showInFileManager(folder + u"/a.jpg"_s, this, note);
+        showInFileManager(folder + u"/gone.jpg"_s, this, note);
+        openFolder(folder, this, note);
+        QTRY_COMPARE(shown, QList<bool>({true, true, true}));
+        QCOMPARE(manager.asked(),
+                 QStringList({u"ShowItems "_s + folder + u"/a.jpg"_s, u"ShowFolders "_s + folder,
+                              u"ShowFolders "_s + folder}));
+        QVERIFY2(manager.calls[1].arguments()[0].toStringList()[0].endsWith(
+                     "/100%25%20%231%20%C3%A9"_L1),
+                 "the address is not encoded");
+        openFolder(folder + u"/nowhere"_s, this, note);
+        QCOMPARE(shown, QList<bool>({true, true, true, false}));
+    }
+
+    void foldersNeverComeBackToThisProgram()
+    {
+        const QString folder = QDir::tempPath() + u"/films"_s;
+        QVERIFY(QDir().mkpath(folder));
+        std::optional<bool> shown;
+        const auto tryOnce = [&] {
+            shown.reset();
+            openFolder(folder, this, [&shown](bool isShown) { shown = isShown; });
+            return QTest::qWaitFor([&] { return shown.has_value(); }) && *shown;
+        };
+        // Both of these are ours, and the first is even the user's choice.
+        installFolderProgram(u"org.vignar.Vignar"_s, u"/bin/sh"_s);
+        installFolderProgram(u"mine"_s, QCoreApplication::applicationFilePath());
+        QVERIFY(!tryOnce());
+        installFolderProgram(u"other"_s, u"/bin/sh"_s);
+        // Programs that are installed while others run are noticed a moment later.
+        bool isShown = false;
+        QTRY_VERIFY(isShown || (isShown = tryOnce()));
+        const QString asked = QDir::tempPath() + u"/other.asked"_s;
+        QTRY_COMPARE(linesOf(asked), QStringList{folder});
+        QVERIFY(!QFile::exists(QDir::tempPath() + u"/org.vignar.Vignar.asked"_s));
+        QVERIFY(!QFile::exists(QDir::tempPath() + u"/mine.asked"_s));
     }
 
 private:
@@ -402,6 +456,8 @@ private:
 int main(int argc, char **argv)
 {
     const PrivateBus bus;
+    // No program of the system's is there for folders.
+    qputenv("XDG_DATA_DIRS", "/nowhere");
     QApplication application(argc, argv);
     TestPlatform platform;
     TestDesktopBus desktopBus(bus.isThere());

@@ -7,6 +7,7 @@
 #include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
+#include <QUrl>
 
 #include <csignal>
 #include <functional>
@@ -99,6 +100,29 @@ private:
     QString m_path;
     Answer m_answer;
     bool m_isThere = false;
+};
+
+/// A file manager that notes what it is asked to show.
+class FakeFileManager : public FakeService
+{
+public:
+    FakeFileManager()
+        : FakeService(QStringLiteral("org.freedesktop.FileManager1"),
+                      QStringLiteral("/org/freedesktop/FileManager1"),
+                      [](const QDBusMessage &) { return QVariantList(); })
+    {
+    }
+
+    /// "ShowFolders /home/al/Movies"
+    QStringList asked() const
+    {
+        QStringList lines;
+        for (const QDBusMessage &call : calls) {
+            const QString url = call.arguments().value(0).toStringList().value(0);
+            lines << call.member() + QLatin1Char(' ') + QUrl(url).toLocalFile();
+        }
+        return lines;
+    }
 };
 
 } // namespace vignar

@@ -8,7 +8,7 @@
 namespace vignar
 {
 
-/// Takes what the program would open with the desktop's programs.
+/// Takes the files that the program would open with the desktop's programs.
 class UrlSink : public QObject
 {
     Q_OBJECT
