@@ -44,6 +44,38 @@ class TestThumbnailPlan : public QObject
     }
 
 private Q_SLOTS:
+    void automaticCountsFollowTheDuration_data()
+    {
+        QTest::addColumn<int>("shortest");
+        QTest::addColumn<int>("longest");
+        // Pictures of Big, Med, Min, Mix and of an unknown layout.
+        QTest::addColumn<QList<int>>("counts");
+        const auto add = [](int shortest, int longest, const QList<int> &counts) {
+            QTest::addRow("%d to %d", shortest, longest) << shortest << longest << counts;
+        };
+        add(0, 119, {2, 3, 12, 6, 6});
+        add(120, 299, {2, 6, 18, 12, 12});
+        add(300, 719, {4, 9, 24, 18, 18});
+        add(720, 1799, {6, 12, 30, 24, 24});
+        add(1800, 3599, {6, 18, 42, 30, 30});
+        add(3600, 7199, {8, 24, 48, 36, 36});
+        // Five rows of Big and ten of Med would be one and two more than these hold.
+        add(7200, 2000000000, {8, 24, 60, 48, 48});
+    }
+    void automaticCountsFollowTheDuration()
+    {
+        QFETCH(const int, shortest);
+        QFETCH(const int, longest);
+        QFETCH(const QList<int>, counts);
+        for (const int seconds : {shortest, longest}) {
+            const SourceDico source{{Keys::thNumberAuto, 1}, {Keys::w_duration, seconds}};
+            QList<int> found;
+            for (const int layout : {0, 1, 2, 3, 7})
+                found += planThumbnails(layout, source).count;
+            QCOMPARE(found, counts);
+        }
+    }
+
     void plan_data()
     {
         QTest::addColumn<QByteArray>("source");
@@ -54,25 +86,40 @@ private Q_SLOTS:
             QTest::newRow(name) << source << QString::fromLatin1(part) << layout;
         };
         const QByteArray automatic = "'thNumberAuto': 1, 'w_duration': ";
-        add("auto, below a bound", automatic + "119.9", "#12 free", minLayout);
-        add("auto, above a bound", automatic + "120", "#18 free", minLayout);
-        add("auto, cut to the layout", automatic + "7200", "#24 free", medLayout);
-        add("auto, unknown layout is Mix", automatic + "7199", "#36 free", 7);
+        add("auto, part of a second", automatic + "119.9", "#12 free", minLayout);
         add("auto, endless", automatic + "1e300", "#8 free");
         add("auto, unknown duration", "'thNumberAuto': 1", "#2 free at 1.25 5 last");
         add("default number, whole rows", "", "#15 free", medLayout);
+        add("less than a row", "'thNumberInt': 4", "#0 free at last", minLayout);
         add("negative number", "'thNumberInt': -7", "#0 free at last", minLayout);
 
         const QByteArray minute = "'thDerush': 1, 'thDerushInterval': 60, 'w_duration': ";
         add("interval, shorter source", minute + "30", "#2 fixed at 10 29 last 0:00:29.00");
         add("interval, exact multiple", minute + "600", "#11 fixed at 10 60");
+        add("interval, one over", minute + "601", "#11 fixed");
+        add("interval, two over", minute + "602", "#12 fixed");
         add("interval, five over", minute + "605", "#12 fixed");
         add("interval, six over", minute + "606", "540 600 605 605 last");
-        add("interval, above the number", minute + "606, 'thNumberInt': 11", "#10 free");
+        add("interval, at the number", minute + "600, 'thNumberInt': 11", "#11 fixed");
+        add("interval, above the number", minute + "600, 'thNumberInt': 10", "#10 free");
+        add("interval, above it by the end", minute + "606, 'thNumberInt': 12", "#12 free");
+        add("interval, longer than the source", minute + "59, 'thNumberInt': 1", "#2 fixed");
+        add("interval, the number counts first", minute + "606, 'thNumberAuto': 1", "#4 free");
+        // 16777221 / 5592407 is 3, but a little less in single precision.
+        add("interval, rounded quotient",
+            "'thDerush': 1, 'thDerushInterval': 5592407, 'w_duration': 16777221, 'thNumberInt': 3",
+            "#3 fixed");
         add("interval, switched off", "'thDerushInterval': 5", "#16 free");
+        add("interval, none", "'thDerush': 1", "#16 free");
+        add("interval, zero", "'thDerush': 1, 'thDerushInterval': 0", "#16 free");
+        add("interval, negative", "'thDerush': 1, 'thDerushInterval': -4", "#16 free");
 
         const QByteArray six = "'thNumberInt': 6, 'w_duration': ";
         add("far apart", six + "600", "at 10 100 200 300 400 500 last");
+        add("40 seconds apart", six + "240", "at 10 40 80 120 160 200 last");
+        add("a little more than 40", six + "246", "at 10 41 82 123 164 205 last");
+        add("a little less than 40", six + "234", "at 9.75 39 78 117 156 195 last");
+        add("hundredths are cut", six + "110", "last 0:01:31.66");
         add("kept from the end", six + "3", "at 0.125 0.5 1 1.5 2 2 last 0:00:02.00");
         add("under a second", six + "0.5", "at 0 0 0 0 0 0 last 0:00:00.00");
 
@@ -81,6 +128,11 @@ private Q_SLOTS:
         add("unknown size", "'v0_width': 0, 'v0_height': 0, 'v0_dar': ''", "size 1280x960");
         add("too wide, then too high", tall + "'9:16'", "size 540x960");
         add("stretched", tall + "'4:3'", "size 1280x960");
+        add("whole pixels, by the aspect", "'v0_width': 720, 'v0_height': 578, 'v0_dar': '16:9'",
+            "size 1027x578");
+        add("whole pixels, too wide", "'v0_width': 1920, 'v0_height': 1036", "size 1280x690");
+        add("whole pixels, too high", "'v0_width': 1082, 'v0_height': 1921", "size 540x960");
+        add("just not too large", "'v0_width': 1280, 'v0_height': 960", "size 1280x960");
         add("unknown ratio", wide + "'0:1'", "size 1280x720");
         add("absurd ratio", wide + "'1e30:1'", "size 1280x2");
     }
@@ -160,6 +212,10 @@ private Q_SLOTS:
         const SheetPlan byTool = planSheet(medLayout, source, u"/o"_s);
         QVERIFY(byTool.ffmpegPasses.size() == 15 && byTool.grabberPasses.isEmpty());
         QCOMPARE(read(byTool.display, Keys::timecode)->value(u"3"_s).toString(), u"0:00:20.00"_s);
+        write(source, Keys::thNumberInt, 2);
+        const SheetPlan none = planSheet(medLayout, source, u"/o"_s);
+        QVERIFY(none.ffmpegPasses.isEmpty() && !none.display.isEmpty());
+        write(source, Keys::thNumberInt, 16);
         write(source, Keys::decSkip, 1);
         const SheetPlan byGrabber = planSheet(medLayout, source, u"/o"_s);
         QVERIFY(byGrabber.ffmpegPasses.isEmpty() && byGrabber.grabberPasses.size() == 1);
