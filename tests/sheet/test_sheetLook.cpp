@@ -3,6 +3,8 @@
 #include "sheet/sheetPalette.h"
 #include "sheet/textStyle.h"
 
+#include <QImage>
+#include <QPainter>
 #include <QTest>
 
 using namespace vignar;
@@ -68,26 +70,83 @@ private Q_SLOTS:
         QVERIFY2(!isPossible(1, 1, {1, 2000000000}), "higher than any number");
     }
 
+    void bordersAndTextsStandOut_data()
+    {
+        QTest::addColumn<QString>("page");
+        QTest::addColumn<QString>("border");
+        // That of the frames and the title, and that of the information.
+        QTest::addColumn<QString>("shown");
+        QTest::addColumn<QString>("information");
+        const auto add = [](const char *name, const QString &page, const QString &border,
+                            const QString &shown, const QString &information = {}) {
+            QTest::newRow(name) << page << border << shown
+                                << (information.isEmpty() ? shown : information);
+        };
+        // The luminance of a colour is the sum of its parts over 765.
+        add("far darker", u"#ffffff"_s, u"#336699"_s, u"#336699"_s);
+        add("0.4 lighter", u"#000000"_s, u"#666666"_s, u"#666666"_s);
+        add("not quite 0.4 lighter", u"#000000"_s, u"#666665"_s, u"#a3a3a3"_s);
+        add("0.4 darker", u"#ffffff"_s, u"#999999"_s, u"#999999"_s);
+        add("not quite 0.4 darker", u"#f2f2f2"_s, u"#8d8d8d"_s, u"#555555"_s);
+        add("a little lighter", u"#404040"_s, u"#505a64"_s, u"#969ca2"_s);
+        add("lighter by one", u"#e6e6e6"_s, u"#e6e6e7"_s, u"#f0f0f1"_s);
+        add("a little darker", u"#c0c0c0"_s, u"#a0a0a0"_s, u"#606060"_s);
+        add("darker than 0.949", u"#f2f2f2"_s, u"#c8c8c8"_s, u"#787878"_s);
+        add("darker than 0.950", u"#f3f2f2"_s, u"#c8c8c8"_s, u"#808080"_s);
+        add("darker than white", u"#ffffff"_s, u"#9a9999"_s, u"#808080"_s);
+        add("white", u"#ffffff"_s, u"#ffffff"_s, u"#aaaaaa"_s, u"#808080"_s);
+        add("0.901", u"#e6e6e5"_s, u"#e6e6e5"_s, u"#aaaaaa"_s, u"#808080"_s);
+        add("0.899", u"#e6e5e5"_s, u"#e6e5e5"_s, u"#000000"_s);
+        add("0.501", u"#807f80"_s, u"#807f80"_s, u"#000000"_s);
+        add("0.499", u"#807f7f"_s, u"#807f7f"_s, u"#ffffff"_s);
+        add("equal in luminance only", u"#404040"_s, u"#c00000"_s, u"#ffffff"_s);
+    }
     void bordersAndTextsStandOut()
     {
-        // The border, which is the title's colour as well, and the information's.
-        const auto shown = [](const QString &page, const QString &border) {
-            const SheetPalette palette = sheetPalette(QColor(page), QColor(border));
-            return palette.border.name() +
-                   (palette.titleText == palette.border ? palette.infoText.name() : u"?"_s);
-        };
-        QCOMPARE(shown(u"#ffffff"_s, u"#336699"_s), u"#336699#336699"_s);
-        // Lighter than the page, darker, and darker than a white one.
-        QCOMPARE(shown(u"#404040"_s, u"#505a64"_s), u"#969ca2#969ca2"_s);
-        QCOMPARE(shown(u"#c0c0c0"_s, u"#a0a0a0"_s), u"#606060#606060"_s);
-        QCOMPARE(shown(u"#ffffff"_s, u"#b3b3b3"_s), u"#808080#808080"_s);
-        // Equal, the last in luminance only.
-        QCOMPARE(shown(u"#ffffff"_s, u"#ffffff"_s), u"#aaaaaa#808080"_s);
-        QCOMPARE(shown(u"#b4b4b4"_s, u"#b4b4b4"_s), u"#000000#000000"_s);
-        QCOMPARE(shown(u"#404040"_s, u"#c00000"_s), u"#ffffff#ffffff"_s);
+        QFETCH(const QString, page);
+        QFETCH(const QString, border);
+        const SheetPalette palette = sheetPalette(QColor(page), QColor(border));
+        QCOMPARE(palette.page.name(), page);
+        QTEST(palette.border.name(), "shown");
+        QTEST(palette.titleText.name(), "shown");
+        QTEST(palette.infoText.name(), "information");
+    }
 
+    void lightTextsCastAShadow()
+    {
         QCOMPARE(textStyle(-1, std::nullopt, u'r').backing, TextBacking::shadow);
-        QCOMPARE(textStyle(16, QColor(128, 128, 128), u'l').backing, TextBacking::none);
+        // 0.8105 and 0.8092.
+        QCOMPARE(textStyle(16, QColor(207, 207, 206), u'l').backing, TextBacking::shadow);
+        QCOMPARE(textStyle(16, QColor(206, 206, 207), u'l').backing, TextBacking::none);
+        QCOMPARE(textStyle(16, QColor(255, 255, 255, 128), u'l').backing, TextBacking::none);
+
+        // The stem of a letter large enough for the shadow to be that of a bar.
+        for (const double scale : {1.0, 2.0}) {
+            QImage page(400, 400, QImage::Format_RGB32);
+            page.fill(QColor(200, 200, 200));
+            QPainter painter(&page);
+            painter.setRenderHint(QPainter::Antialiasing);
+            drawText(painter, page.rect(), u"I"_s, textStyle(250, QColor(Qt::white), u'c', scale));
+            painter.end();
+            const auto shade = [&](int y) { return qGray(page.pixel(page.width() / 2, y)); };
+            int top = 0;
+            while (shade(top) < 250 && top < page.height() / 2)
+                ++top;
+            int bottom = page.height() - 1;
+            while (shade(bottom) < 250 && bottom > page.height() / 2)
+                --bottom;
+            QVERIFY2(bottom - top > 150, "the stem itself");
+            // Black of 0.6, blurred 5 wide and 1.5 lower than the letter: what a Gaussian half
+            // as wide leaves of it one pixel inside its edge, two and a half and five beyond.
+            const auto opacity = [&](int row) { return 1 - shade(row) / 200.0; };
+            const int pixel = int(scale);
+            const double below = opacity(bottom + pixel);
+            const double above = opacity(top - 1 - pixel);
+            const double far = opacity(bottom + 7 * pixel);
+            QVERIFY2(qAbs(below - 0.6 * 0.63) < 0.06, qPrintable(QString::number(below)));
+            QVERIFY2(qAbs(above - 0.6 * 0.16) < 0.06, qPrintable(QString::number(above)));
+            QVERIFY2(qAbs(far - 0.6 * 0.02) < 0.03, qPrintable(QString::number(far)));
+        }
     }
 };
 

@@ -1,9 +1,7 @@
 #include "sheetFixture.h"
 
 #include "sheet/extractionPasses.h"
-#include "sheet/sheetComposer.h"
 
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -80,20 +78,6 @@ class TestSheetPixels : public QObject
         return sheet;
     }
 
-    /// A document as its viewers show it at 250 dots per inch.
-    QImage composed(const Dico &sheet, SheetFormat format) const
-    {
-        if (!composeSheet(sheet, format))
-            return {};
-        const QString path = sheetPath(m_folder.filePath(u"sheet"_s), format);
-        if (format == SheetFormat::jpeg)
-            return QImage(path);
-        const QString shown = m_folder.filePath(u"shown"_s);
-        QProcess::execute(u"pdftoppm"_s,
-                          {u"-r"_s, u"250"_s, u"-png"_s, u"-singlefile"_s, path, shown});
-        return QImage(shown + u".png"_s);
-    }
-
 private Q_SLOTS:
     void framesStandWhereTheyWereCalculated_data()
     {
@@ -135,7 +119,7 @@ private Q_SLOTS:
         QFETCH(const QList<QPointF>, across);
         QFETCH(const QList<QPointF>, down);
         QFETCH(const int, thickness);
-        const QImage drawn = composed(sheet, isPdf ? SheetFormat::pdf : SheetFormat::jpeg);
+        const QImage drawn = shownSheet(sheet, isPdf ? SheetFormat::pdf : SheetFormat::jpeg);
         QCOMPARE(drawn.size(), page);
 
         // Through the last row of cells and the first column, clear of texts.
