@@ -10,6 +10,7 @@
 #include <QPainter>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTransform>
 
 using namespace vignar;
 using namespace Qt::StringLiterals;
@@ -206,19 +207,71 @@ private Q_SLOTS:
         QVERIFY(contentOf(at(u"fine.jpg"_s)).size() > contentOf(at(u"poor.jpg"_s)).size());
     }
 
+    void placementsFollowTheirRule_data()
+    {
+        QTest::addColumn<int>("mode");
+        QTest::addColumn<bool>("isUpright");
+        // Outside the middle band, which is all that a fitted picture covers.
+        QTest::addColumn<QColor>("beside");
+        for (const bool isUpright : {false, true}) {
+            const auto add = [isUpright](int mode, const QColor &beside) {
+                QTest::addRow("mode %d, %s", mode, isUpright ? "upright" : "across")
+                    << mode << isUpright << beside;
+            };
+            add(0, Qt::red);
+            add(1, Qt::black);
+            add(-1, Qt::transparent);
+            add(2, Qt::red);
+            add(-2, Qt::red);
+        }
+    }
     void placementsFollowTheirRule()
     {
-        const QList<std::pair<int, QColor>> coloursAbove{
-            {0, Qt::red}, {1, Qt::black}, {-1, Qt::transparent}, {2, Qt::red}, {-2, Qt::red}};
-        for (const auto &[mode, above] : coloursAbove) {
-            const QString path = at(above == Qt::transparent ? u"r.png"_s : u"r.bmp"_s);
-            QVERIFY(imgRescale(halves({200, 50}), path, 100, 100, 144, mode, 1.0));
-            const QImage result(path);
-            QCOMPARE(result.size(), QSize(100, 100));
-            QCOMPARE(qRound(result.dotsPerMeterX() * 0.0254), 144);
-            QCOMPARE(result.pixelColor(40, 5), above);
-            QCOMPARE(result.pixelColor(40, 50), QColor(Qt::red));
-            QCOMPARE(result.pixelColor(60, 50), QColor(Qt::blue));
+        QFETCH(const int, mode);
+        QFETCH(const bool, isUpright);
+        QFETCH(const QColor, beside);
+        // An upright source is the mirror image along the diagonal, and so is its result.
+        const QTransform mirror(0, 1, 1, 0, 0, 0);
+        const QImage wide = halves({200, 50});
+        const QString path = at(beside == Qt::transparent ? u"r.png"_s : u"r.bmp"_s);
+        QVERIFY(imgRescale(isUpright ? wide.transformed(mirror) : wide, path, 100, 100, 144, mode,
+                           1.0));
+        const QImage written(path);
+        QCOMPARE(written.size(), QSize(100, 100));
+        QCOMPARE(qRound(written.dotsPerMeterX() * 0.0254), 144);
+        const QImage result = isUpright ? written.transformed(mirror) : written;
+        for (const int far : {5, 34, 65, 95})
+            QCOMPARE(result.pixelColor(40, far), beside);
+        for (const int row : {40, 50, 60}) {
+            QCOMPARE(result.pixelColor(45, row), QColor(Qt::red));
+            QCOMPARE(result.pixelColor(55, row), QColor(Qt::blue));
+        }
+    }
+
+    void documentsShowTheirPicture_data()
+    {
+        QTest::addColumn<double>("dpi");
+        QTest::addColumn<int>("shownAt");
+        QTest::newRow("unknown is 72") << 0.0 << 72;
+        QTest::newRow("144") << 144.0 << 144;
+        QTest::newRow("250") << 250.0 << 250;
+    }
+    void documentsShowTheirPicture()
+    {
+        QFETCH(const double, dpi);
+        QFETCH(const int, shownAt);
+        const QString path = at(u"a.PDF"_s);
+        QVERIFY(imgRescale(halves({20, 10}), path, 250, 125, dpi, 0, 1.0));
+        QVERIFY(contentOf(path).startsWith("%PDF"));
+        const QImage shown = shownPage(path, shownAt);
+        // Its page is rounded up to whole points.
+        const QSize difference = shown.size() - QSize(250, 125);
+        QVERIFY(difference.width() >= 0 && difference.width() <= 3 && difference.height() >= 0 &&
+                difference.height() <= 3);
+        for (const int y : {5, 120}) {
+            for (const auto &[x, colour] :
+                 {std::pair(5, Qt::red), {115, Qt::red}, {135, Qt::blue}, {245, Qt::blue}})
+                QVERIFY(isNear(shown.pixelColor(x, y), colour));
         }
     }
 
@@ -281,6 +334,38 @@ private Q_SLOTS:
         QVERIFY(isNear(disk.pixelColor(180, 235), Qt::green));
         QVERIFY(isNear(disk.pixelColor(160, 248), Qt::red));
         QVERIFY(isNear(disk.pixelColor(200, 479), Qt::blue));
+    }
+
+    void diskPictureLeavesAGap()
+    {
+        const QString destination = at(u"gap.jpg"_s);
+        const QString pictures = at(u"extractedImg"_s);
+        QVERIFY(QDir().mkpath(pictures));
+        for (const QString &name : {u"/img00.jpg"_s, u"/img01.jpg"_s, u"/img02.jpg"_s})
+            QVERIFY(plain({360, 240}, Qt::white).save(pictures + name));
+        QVERIFY(multimediaDiskThumb(pictures, destination));
+        QCOMPARE(qualityOfJpeg(destination), 90);
+        const QImage disk(destination);
+        QList<int> grayRows;
+        for (int row = 0; row < disk.height(); ++row) {
+            if (qAbs(qGray(disk.pixel(180, row)) - 128) < 40)
+                grayRows.append(row);
+        }
+        QCOMPARE(grayRows, (QList<int>{240, 241, 242}));
+
+        // A picture that is cut off has a size and is left out; what has none is a failure.
+        QVERIFY(QFile::remove(destination));
+        QVERIFY(colourful({640, 360}).save(pictures + u"/img01.jpg"_s, "PNG"));
+        const QByteArray whole = contentOf(pictures + u"/img01.jpg"_s);
+        for (const QByteArray &content :
+             {whole.first(whole.size() / 2), QByteArray(whole.size(), 'x')}) {
+            QFile file(pictures + u"/img01.jpg"_s);
+            QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
+            file.close();
+            const bool isCut = content.startsWith("\x89PNG");
+            QCOMPARE(multimediaDiskThumb(pictures, destination), isCut);
+            QCOMPARE(QFile::remove(destination), isCut);
+        }
     }
 };
 
