@@ -1,5 +1,6 @@
 #include "app/appDelegate.h"
 #include "app/sheetDisplay.h"
+#include "app/sheetDriver.h"
 #include "settings/preferenceStore.h"
 #include "settings/preferences.h"
 #include "support/folderListing.h"
@@ -83,6 +84,70 @@ private Q_SLOTS:
         QCOMPARE(shown(), u"own"_s);
         prefWrite(Prefs::pageCommentText, u" two\nlines "_s);
         QCOMPARE(shown(), u"two lines"_s);
+    }
+
+    void everyItemHasItsOwnSwitch()
+    {
+        const std::pair<const char *, Key<int>> switches[] = {
+            {"name", Prefs::pageName},           {"location", Prefs::pageLocation},
+            {"date", Prefs::pageDate},           {"duration", Prefs::pageDuration},
+            {"vIdentity", Prefs::pageVIdentity}, {"poids", Prefs::pagePoids},
+            {"essence", Prefs::pageEssence},     {"comment", Prefs::pageComment},
+            {"timecode", Prefs::prefTimecode},   {"bannerDisplayNo", Prefs::bannerDisplayNo},
+        };
+        prefWrite(Prefs::prefBorderColor, u"123456"_s);
+        prefWrite(Prefs::pageBkgColor, u"abcdef"_s);
+        prefWrite(Prefs::prefBorderSize, 7.5);
+        Dico planned{{Keys::wTh, 640}};
+        for (const auto &[item, preference] : switches) {
+            if (preference.text != Prefs::bannerDisplayNo.text)
+                planned.insert(QString::fromLatin1(item), u"text"_s);
+            prefWrite(preference, 0);
+        }
+        const Dico bare{{Keys::wTh, 640},
+                        {Keys::bigMedMinMix, minLayout},
+                        {Keys::borderColor, u"123456"_s},
+                        {Keys::borderSize, 7.5},
+                        {Keys::bkgColor, u"abcdef"_s}};
+        QCOMPARE(sheetDisplay(planned, minLayout), bare);
+        for (const auto &[item, preference] : switches) {
+            prefWrite(preference, 1);
+            QStringList added = sheetDisplay(planned, minLayout).keys();
+            for (const QString &key : bare.keys())
+                added.removeAll(key);
+            QCOMPARE(added, QStringList(QString::fromLatin1(item)));
+            prefWrite(preference, 0);
+        }
+    }
+
+    void planningFollowsThePreferences()
+    {
+        const SourceDico source{{Keys::w_duration, 100}};
+        const auto planned = [&source](int layout = bigLayout) {
+            SourceDico input = SheetDriver::planningInput(source, layout);
+            input.remove(Keys::w_duration);
+            return input;
+        };
+        prefWrite(Prefs::prefLimitBig, 6);
+        prefWrite(Prefs::prefLimitMed, 9);
+        prefWrite(Prefs::prefLimitMin, 24);
+        prefWrite(Prefs::prefLimitMix, 12);
+        prefWrite(Prefs::prefLimitAuto, 0);
+        prefWrite(Prefs::prefDerush, 0);
+        prefWrite(Prefs::prefDerushInterval, 25);
+        prefWrite(Prefs::prefTrueTimecode, 0);
+        const QList<std::pair<int, int>> counts{{0, 6}, {1, 9}, {2, 24}, {3, 12}, {7, 12}};
+        for (const auto &[layout, count] : counts)
+            QCOMPARE(planned(layout), (Dico{{Keys::thNumberInt, count}}));
+        prefWrite(Prefs::prefLimitAuto, 1);
+        QCOMPARE(planned(), (Dico{{Keys::thNumberInt, 6}, {Keys::thNumberAuto, 1}}));
+        prefWrite(Prefs::prefLimitAuto, 0);
+        prefWrite(Prefs::prefDerush, 1);
+        QCOMPARE(planned(),
+                 (Dico{{Keys::thNumberInt, 6}, {Keys::thDerush, 1}, {Keys::thDerushInterval, 25}}));
+        prefWrite(Prefs::prefDerush, 0);
+        prefWrite(Prefs::prefTrueTimecode, 1);
+        QCOMPARE(planned(), (Dico{{Keys::thNumberInt, 6}, {Keys::thTrueTimecode, 1}}));
     }
 
     void blankThumbnailsAreTakenAgain_data() { addWaysToRun(); }
