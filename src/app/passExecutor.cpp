@@ -4,6 +4,7 @@
 #include "classShared/lineLog.h"
 #include "settings/preferences.h"
 #include "sheet/extractionPasses.h"
+#include "sheet/jpegReading.h"
 #include "sheet/pictureTimes.h"
 
 #include <QFile>
@@ -23,11 +24,6 @@ namespace
 
 /// The times of all pictures of a run are among them: 60 outputs take some 200 kB.
 constexpr qint64 lastWordsLimit = 1024 * 1024;
-
-bool isWritten(const QString &path)
-{
-    return QFileInfo(path).size() > 0;
-}
 
 } // namespace
 
@@ -61,6 +57,7 @@ void PassExecutor::start(const PassMap &passes, const SourceDico &source)
     m_source = source;
     m_missing.clear();
     m_landed.clear();
+    m_retried.clear();
     if (!passes.empty())
         m_folderWatcher.addPath(QFileInfo(passes.cbegin()->second.constLast()).path());
     m_planning.start(
@@ -166,7 +163,7 @@ void PassExecutor::jobEnded(const Job &job, const QString &lastWords)
 {
     std::set<int> substituted;
     for (const auto &[picture, substitute] : job.run.substitutes) {
-        if (!isWritten(picturePath(picture)) && isWritten(substitute) &&
+        if (!isWholeJpeg(picturePath(picture)) && isWholeJpeg(substitute) &&
             QFile::rename(substitute, picturePath(picture)))
             substituted.insert(picture);
         else
@@ -190,11 +187,15 @@ void PassExecutor::dropOthers(const FastRun &run, const QString &report)
 {
     for (const int picture : run.pictures) {
         const QString path = picturePath(picture);
-        if (!isWritten(path) || isOfItsTime(run, picture, m_passes.at(picture), report))
+        const bool isWhole = isWholeJpeg(path);
+        if (isWhole && isOfItsTime(run, picture, m_passes.at(picture), report))
+            continue;
+        // What was whole a moment ago may have been written again.
+        m_landed.erase(picture);
+        if (!isWhole)
             continue;
         logLine(u"th other picture    :-( %@", path);
         QFile::remove(path);
-        m_landed.erase(picture);
     }
 }
 
@@ -211,10 +212,15 @@ void PassExecutor::tellTime(const Job &job, int picture, const QString &report, 
 
 void PassExecutor::settlePicture(const Job &job, int picture)
 {
+    const bool isDamaged = QFileInfo(picturePath(picture)).size() > 0;
+    QFile::remove(picturePath(picture));
     if (job.form == Form::intra) {
         m_missing.emplace(picture, m_passes.at(picture));
     } else if (job.form == Form::stretch) {
         enqueuePlain(picture, m_passes.at(picture));
+    } else if (isDamaged && m_retried.insert(picture).second) {
+        // The pass has found its picture; only the file did not come through.
+        enqueuePlain(picture, job.run.arguments);
     } else if (const QStringList next = nextAttempt(job.run.arguments); !next.isEmpty()) {
         enqueuePlain(picture, next);
     }
@@ -224,7 +230,7 @@ void PassExecutor::countLanded()
 {
     const size_t before = m_landed.size();
     for (const int picture : std::views::keys(m_passes)) {
-        if (!m_landed.contains(picture) && isWritten(picturePath(picture)))
+        if (!m_landed.contains(picture) && isWholeJpeg(picturePath(picture)))
             m_landed.insert(picture);
     }
     if (m_landed.size() != before)

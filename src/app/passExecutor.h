@@ -92,6 +92,8 @@ private:
     PassMap m_missing;
     std::map<int, double> m_runUps;
     std::set<int> m_landed;
+    /// Pictures whose plain pass was run again because their file was damaged.
+    std::set<int> m_retried;
     QFileSystemWatcher m_folderWatcher;
 };
 

@@ -2,10 +2,10 @@
 
 #include "classShared/format.h"
 #include "classShared/numbers.h"
-#include "classShared/paths.h"
 #include "settings/preferences.h"
 #include "sheet/extractionPasses.h"
 #include "sheet/fastPasses.h"
+#include "sheet/jpegReading.h"
 #include "sheet/pictureMatrix.h"
 #include "tasks/blockingRuns.h"
 
@@ -32,8 +32,10 @@ int posterHeight(const SourceDico &source)
 /// Puts the colours of a picture right; true when there is one.
 bool finish(const SourceDico &source, const QString &path)
 {
-    if (!pathExists(path))
+    if (!isWholeJpeg(path)) {
+        QFile::remove(path);
         return false;
+    }
     if (const auto matrix = foreignMatrix(source))
         convertToJpegMatrix(path, *matrix);
     return true;

@@ -9,10 +9,12 @@
 #include "settings/preferences.h"
 #include "settings/stringTables.h"
 #include "sheet/extractionPasses.h"
+#include "sheet/jpegReading.h"
 #include "sheet/pictureMatrix.h"
 #include "sheet/pictureTimes.h"
 
 #include <QDateTime>
+#include <QFile>
 #include <QFileInfo>
 #include <QThread>
 
@@ -106,12 +108,13 @@ void SheetDriver::settleLastPass()
     const QStringList pass = std::exchange(m_lastPass, {});
     if (m_taskStopInt == 1)
         return;
-    if (QFileInfo(pass.constLast()).size() > 0) {
+    if (isWholeJpeg(pass.constLast())) {
         const QString report = m_reporter.lastWords(RunnerKind::main);
         if (const auto seconds = toldTime(report, pass, m_lastPassKey.toInt()))
             m_pictures->setShownAt(pass.constLast(), *seconds);
         return;
     }
+    QFile::remove(pass.constLast());
     logLine(u"th not extracted    :-( #%@ %@", m_lastPassKey,
             m_reporter.lastWords(RunnerKind::main).right(500));
     const QStringList next = nextAttempt(pass);

@@ -16,6 +16,8 @@ namespace
 
 /// Larger pictures than the passes write are nobody's hurry.
 constexpr int largestSide = 16384;
+constexpr QByteArrayView startMarker("\xff\xd8");
+constexpr QByteArrayView endMarker("\xff\xd9");
 
 /// The size to decode at: the library shrinks to eighths, of which it has quick forms of
 /// these only, and what is wanted must not exceed it.
@@ -32,19 +34,23 @@ QSize decodedSize(const QSize &stored, const QSize &wanted)
     return {TJSCALED(stored.width(), factor), TJSCALED(stored.height(), factor)};
 }
 
-/// A picture that is known by its header: its size, or an empty one where it is not ours.
-QSize storedSize(tjhandle turbo, const QByteArray &content)
+struct Header {
+    /// Empty if there is no header, or the picture is too large.
+    QSize size;
+    int colours = 0;
+};
+
+Header headerOf(tjhandle turbo, const QByteArray &content)
 {
     const auto *bytes = reinterpret_cast<const uchar *>(content.constData());
     const auto length = static_cast<unsigned long>(content.size());
-    QSize size;
+    Header header;
     int subsampling = 0;
-    int colours = 0;
-    if (tjDecompressHeader3(turbo, bytes, length, &size.rwidth(), &size.rheight(), &subsampling,
-                            &colours) != 0 ||
-        colours != TJCS_YCbCr || std::max(size.width(), size.height()) > largestSide)
+    if (tjDecompressHeader3(turbo, bytes, length, &header.size.rwidth(), &header.size.rheight(),
+                            &subsampling, &header.colours) != 0 ||
+        std::max(header.size.width(), header.size.height()) > largestSide)
         return {};
-    return size;
+    return header;
 }
 
 QImage plainPicture(tjhandle turbo, const QByteArray &content, const QSize &size)
@@ -63,20 +69,38 @@ QImage plainPicture(tjhandle turbo, const QByteArray &content, const QSize &size
 QImage jpegPicture(const QString &path, const QSize &size)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly) || file.peek(2) != QByteArrayView("\xff\xd8"))
+    if (!file.open(QIODevice::ReadOnly) || file.peek(2) != startMarker)
         return {};
     const QByteArray content = file.readAll();
     const TurboHandle turbo(tjInitDecompress());
-    const QSize stored = turbo ? storedSize(turbo.get(), content) : QSize();
-    if (stored.isEmpty())
+    const Header header = turbo ? headerOf(turbo.get(), content) : Header();
+    if (header.size.isEmpty() || header.colours != TJCS_YCbCr)
         return {};
-    const QSize decoded = decodedSize(stored, size);
+    const QSize decoded = decodedSize(header.size, size);
     const auto matrix = notedMatrix(content);
     const QImage picture = matrix ? pictureOfMatrix(content, decoded, *matrix)
                                   : plainPicture(turbo.get(), content, decoded);
     return size.isEmpty() || picture.isNull()
                ? picture
                : picture.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+}
+
+bool isWholeJpeg(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly) || file.peek(2) != startMarker)
+        return false;
+    const QByteArray content = file.readAll();
+    const TurboHandle turbo(tjInitDecompress());
+    if (!turbo || !content.endsWith(endMarker))
+        return false;
+    const QSize stored = headerOf(turbo.get(), content).size;
+    if (stored.isEmpty())
+        return false;
+    constexpr tjscalingfactor eighth{1, 8};
+    const QSize size(TJSCALED(stored.width(), eighth), TJSCALED(stored.height(), eighth));
+    // The library also fails on what it only warns about, such as a missing part.
+    return !plainPicture(turbo.get(), content, size).isNull();
 }
 
 } // namespace vignar

@@ -219,6 +219,59 @@ private Q_SLOTS:
                      qPrintable(picture));
     }
 
+    void damagedPicturesAreMadeAgain_data()
+    {
+        QTest::addColumn<QString>("damage");
+        QTest::addColumn<bool>("isLasting");
+        QTest::addColumn<int>("processes");
+        const QString cutOff = u"truncate -s -9 \"$picture\""_s;
+        const QString holed = u"dd if=/dev/zero of=\"$picture\" bs=1 seek=900 count=900 "
+                              "conv=notrunc status=none"_s;
+        QTest::newRow("cut off once") << cutOff << false << 1;
+        QTest::newRow("cut off in several processes") << cutOff << false << 2;
+        QTest::newRow("a hole once") << holed << false << 2;
+        QTest::newRow("always cut off") << cutOff << true << 1;
+        QTest::newRow("always noise") << u"head -c 3000 /dev/urandom > \"$picture\""_s << true << 2;
+    }
+
+    void damagedPicturesAreMadeAgain()
+    {
+        QFETCH(QString, damage);
+        QFETCH(bool, isLasting);
+        QFETCH(int, processes);
+        const QTemporaryDir tried;
+        const SourceDico source =
+            clip(u"damaged.avi"_s, u"-t 5 -c:v mpeg4 -g 5"_s.split(u' '), u"mpeg4"_s);
+        const QString name = QString::fromLatin1(QTest::currentDataTag());
+        const PassMap sound = passes(source, 5, 4, name + u".sound"_s);
+        runPlain(sound);
+        // A tool that damages each picture, or only the first file that it makes of each.
+        QFile tool(tried.filePath(u"tool"_s));
+        QVERIFY(tool.open(QIODevice::WriteOnly));
+        tool.write(u"#!/bin/sh\n%1 \"$@\" || exit\n"
+                   "for picture; do case $picture in */img*.jpg)\n"
+                   "  seen=%2/${picture##*/}; [ %3 = 0 ] && [ -e \"$seen\" ] && continue\n"
+                   "  : > \"$seen\"; [ -e \"$picture\" ] && %4;; esac; done; exit 0\n"_s
+                       .arg(ffmpegPath(), tried.path(), QString::number(isLasting), damage)
+                       .toUtf8());
+        tool.close();
+        QVERIFY(tool.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+        PassMap planned = passes(source, 5, 4, name);
+        for (auto &[number, pass] : planned)
+            pass.first() = tool.fileName();
+        PassExecutor executor;
+        executor.setProcesses(processes);
+        QSignalSpy finished(&executor, &PassExecutor::finished);
+        executor.start(planned, source);
+        QVERIFY(finished.wait(60000));
+        if (isLasting) {
+            QVERIFY(QDir(folder(name)).isEmpty());
+            return;
+        }
+        for (const auto &[number, pass] : planned)
+            QVERIFY(content(pass.last()) == content(sound.at(number).last()));
+    }
+
     void tellsTheTimesOfManyPictures()
     {
         // De-interlacing lets many pictures through that nobody takes.
