@@ -76,7 +76,8 @@ QStringList excerptInput(const QString &srcPath, const Excerpt &excerpt)
     // list of allowed ones ffmpeg does not try to decode what it opens.
     const QByteArray list =
         "ffconcat version 1.0\nfile 'file:" + path +
-        "'\noption codec_whitelist none\noption probesize 32\n" +
+        "'\noption codec_whitelist none\noption format_whitelist mov,matroska\n"
+        "option probesize 32\n" +
         (excerpt.startsAnywhere ? "option seek2any 1\n" : "") +
         filled(u"inpoint %.6f\noutpoint %.6f\n", excerpt.start, excerpt.end).toUtf8();
     return {u"-itsoffset"_s,

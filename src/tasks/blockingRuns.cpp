@@ -137,7 +137,8 @@ bool startAndJoin(QThread &thread)
 
 } // namespace
 
-QString taskArrayWithin(const QStringList &arguments, std::chrono::milliseconds limit)
+RunAnswer taskArrayRun(const QStringList &arguments, std::chrono::milliseconds limit,
+                       const RunLimits &limits)
 {
     logLine(u"taskArray           - begin");
     auto stages = splitStages(arguments);
@@ -153,10 +154,19 @@ QString taskArrayWithin(const QStringList &arguments, std::chrono::milliseconds 
 
     ReportBuffer report;
     const auto collect = [&report](const QByteArray &chunk) { report.append(chunk); };
-    if (!runAndWait({.stages = *stages, .limit = limit}, collect))
+    const WaitedEnd end =
+        runAndWait({.stages = *stages, .limit = limit, .limits = limits}, collect);
+    if (end.how == WaitedEnd::How::killedAtLimit)
+        return {{}, RunFault::tookTooLong};
+    if (!end)
         return {};
     const QString text = decodedReport(report.bytes());
-    return isBlank(text) ? QString() : text;
+    return {isBlank(text) ? QString() : text, faultOf(end.status, text)};
+}
+
+QString taskArrayWithin(const QStringList &arguments, std::chrono::milliseconds limit)
+{
+    return taskArrayRun(arguments, limit).text;
 }
 
 QString taskArray(const QStringList &arguments)

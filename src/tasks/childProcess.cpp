@@ -1,10 +1,12 @@
 #include "tasks/childProcess.h"
 
+#include "tasks/childGuard.h"
+#include "tasks/ffmpegInputs.h"
 #include "tasks/toolPlaces.h"
 
+#include <QFileInfo>
+
 #include <csignal>
-#include <sys/prctl.h>
-#include <unistd.h>
 
 namespace vignar
 {
@@ -12,18 +14,13 @@ namespace vignar
 namespace
 {
 
-/// Runs in the child between fork and exec: nothing but system calls is allowed here.
-void bindToParent(pid_t parent)
+/// Here and nowhere else the options of execution join the planned ones, so that no way of
+/// starting ffmpeg goes without.
+QStringList executedArguments(const QStringList &stage)
 {
-    ::setsid();
-#ifdef Q_OS_LINUX
-    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-    // A parent that died before the call above can no longer send its signal.
-    if (::getppid() != parent)
-        ::_exit(127);
-#else
-    Q_UNUSED(parent);
-#endif
+    const QString ffmpeg = ffmpegPath();
+    const bool isFfmpeg = !ffmpeg.isEmpty() && QFileInfo(stage.value(0)) == QFileInfo(ffmpeg);
+    return isFfmpeg ? confinedToSources(stage.mid(1)) : stage.mid(1);
 }
 
 QString decodedLine(QByteArrayView line)
@@ -35,24 +32,24 @@ QString decodedLine(QByteArrayView line)
 
 void bindChild(QProcess &process)
 {
-    process.setChildProcessModifier([parent = ::getpid()] { bindToParent(parent); });
+    process.setChildProcessModifier([guard = ChildGuard()] { guard.bindToParent(); });
 }
 
-void prepareChild(QProcess &process)
+void prepareChild(QProcess &process, const RunLimits &limits)
 {
     process.setProcessEnvironment(toolEnvironment());
     process.setStandardInputFile(QProcess::nullDevice());
-    bindChild(process);
+    process.setChildProcessModifier([guard = ToolGuard(limits)] { guard.apply(); });
 }
 
-Pipeline makePipeline(const QList<QStringList> &stages)
+Pipeline makePipeline(const QList<QStringList> &stages, const RunLimits &limits)
 {
     Pipeline pipeline;
     for (const QStringList &stage : stages) {
         auto process = std::make_unique<QProcess>();
-        prepareChild(*process);
+        prepareChild(*process, limits);
         process->setProgram(stage.value(0));
-        process->setArguments(stage.mid(1));
+        process->setArguments(executedArguments(stage));
         if (!pipeline.empty()) {
             // Nobody would read a pipe here, and a full one stops the tool for ever.
             pipeline.back()->setProcessChannelMode(QProcess::ForwardedErrorChannel);
@@ -72,6 +69,13 @@ void signalChild(const QProcess &process, int signal)
     // that has not reached setsid() yet has no group and is met alone.
     if (::kill(-pid, signal) != 0)
         ::kill(pid, signal);
+}
+
+int exitStatusOf(const QProcess &process)
+{
+    constexpr int signalStatusBase = 128;
+    return process.exitStatus() == QProcess::NormalExit ? process.exitCode()
+                                                        : signalStatusBase + process.exitCode();
 }
 
 void endPipeline(Pipeline &pipeline)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tasks/runLimits.h"
+
 #include <QProcess>
 #include <QStringList>
 
@@ -17,21 +19,25 @@ namespace vignar
 /// than the main one must outlive the children that it starts.
 void bindChild(QProcess &process);
 
-/// Prepares a tool before its start: its environment, standard input from nowhere, and
-/// what bindChild() does.
-void prepareChild(QProcess &process);
+/// Prepares a tool before its start: its environment, standard input from nowhere, limits and
+/// few rights (childGuard.h), and what bindChild() does.
+void prepareChild(QProcess &process, const RunLimits &limits = {});
 
 /// The processes of a pipeline, first stage first.
 using Pipeline = std::vector<std::unique_ptr<QProcess>>;
 
 /// Prepared processes, one for each stage (a tool's path, then its arguments), joined
-/// like a shell pipe and not yet started. What a stage before the last writes to
-/// standard error goes where ours goes.
-Pipeline makePipeline(const QList<QStringList> &stages);
+/// like a shell pipe and not yet started. ffmpeg is kept to its sources (ffmpegInputs.h). What a
+/// stage before the last writes to standard error goes where ours goes.
+Pipeline makePipeline(const QList<QStringList> &stages, const RunLimits &limits = {});
 
 /// Signals a process and the children that it has made itself; does nothing when it
 /// does not run.
 void signalChild(const QProcess &process, int signal);
+
+/// Of a process that has ended: its exit code, or 128 plus the number of the signal that ended
+/// it, as a shell tells it.
+int exitStatusOf(const QProcess &process);
 
 /// Kills what still runs of a pipeline and waits until it is gone.
 void endPipeline(Pipeline &pipeline);

@@ -19,10 +19,8 @@ namespace vignar
 namespace
 {
 
-/// What a shell answers for a tool that is there but cannot be executed, and the base of
-/// what it answers for one that a signal has ended.
+/// What a shell answers for a tool that is there but cannot be executed.
 constexpr int cannotExecuteStatus = 126;
-constexpr int signalStatusBase = 128;
 
 /// The absolute path of a tool: the file itself, else a resource of that name; null when
 /// neither exists. Absolute, because a bare name would be searched for in $PATH.
@@ -56,12 +54,6 @@ QString asciiText(const QByteArray &bytes)
     return std::ranges::all_of(bytes, isAscii) ? QString::fromLatin1(bytes) : QString();
 }
 
-int exitStatusOf(const QProcess &task)
-{
-    return task.exitStatus() == QProcess::NormalExit ? task.exitCode()
-                                                     : signalStatusBase + task.exitCode();
-}
-
 /// Seconds since 1970, moved on when two launchers ask within one second.
 qint32 nextUid()
 {
@@ -87,6 +79,7 @@ struct taskLauncher::Private {
 
     taskLauncher &q;
     Pipeline tasks;
+    RunLimits limits;
     TaskLauncherDelegate *delegate = nullptr;
     bool alreadyNotified = false;
     bool isRunning = false;
@@ -218,12 +211,17 @@ taskLauncher::LaunchResult taskLauncher::launchTasksWithArguments(const QStringL
     if (!locateTools(*stages))
         return toolNotFound;
 
-    d->tasks = makePipeline(*stages);
+    d->tasks = makePipeline(*stages, d->limits);
     d->isRunning = true;
     d->watchTasks();
     for (const auto &task : d->tasks)
         task->start();
     return launched;
+}
+
+void taskLauncher::setLimits(const RunLimits &limits)
+{
+    d->limits = limits;
 }
 
 void taskLauncher::dontConvertDataToString(bool convert)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tasks/runLimits.h"
+
 #include <QObject>
 #include <QProcess>
 #include <QStringList>
@@ -67,6 +69,8 @@ public:
     LaunchResult launchTasksWithArguments(const QStringList &arguments);
 
     void dontConvertDataToString(bool convert);
+    /// What each stage may use up; for a launch that is still to come.
+    void setLimits(const RunLimits &limits);
     bool isRunning() const;
     bool isSuspended() const;
     /// Of an ended run: the last stage's exit code, 128 plus the number of the signal that

@@ -13,9 +13,10 @@ QString toolsFolder();
 /// in this order; "" when none holds one.
 QString ffmpegPath();
 
-/// The application's environment with LC_CTYPE, FONTCONFIG_FILE and FONTCONFIG_PATH
-/// set as every tool gets them. The fontconfig entries are left out where their
-/// target does not exist, because a tool would then find no font at all.
+/// The environment of every tool: the few variables of the application's own that a tool
+/// needs, the C locale in UTF-8, no colours, and LC_CTYPE, FONTCONFIG_FILE and
+/// FONTCONFIG_PATH. The fontconfig entries are left out where their target does not exist,
+/// because a tool would then find no font at all.
 QProcessEnvironment toolEnvironment();
 
 } // namespace vignar

@@ -43,11 +43,12 @@ bool takeOutput(QProcess &process, const QDeadlineTimer &deadline,
 
 } // namespace
 
-bool runAndWait(const WaitedRun &run, const std::function<void(const QByteArray &)> &take)
+WaitedEnd runAndWait(const WaitedRun &run, const std::function<void(const QByteArray &)> &take)
 {
+    using How = WaitedEnd::How;
     if (isInterrupted())
-        return false;
-    Pipeline pipeline = makePipeline(run.stages);
+        return {How::givenUp};
+    Pipeline pipeline = makePipeline(run.stages, run.limits);
     QProcess &last = *pipeline.back();
     last.setProcessChannelMode(run.channels);
     for (const auto &process : pipeline) {
@@ -55,14 +56,18 @@ bool runAndWait(const WaitedRun &run, const std::function<void(const QByteArray 
         process->start();
     }
     const bool hasEnded = takeOutput(last, QDeadlineTimer(run.limit), take);
-    if (!hasEnded && isInterrupted())
+    const WaitedEnd end = hasEnded          ? WaitedEnd{How::byItself, exitStatusOf(last)}
+                          : isInterrupted() ? WaitedEnd{How::givenUp}
+                                            : WaitedEnd{How::killedAtLimit};
+    if (end.how == How::givenUp)
         logLine(u"task           :-( given up '%@'", last.program());
-    else if (!hasEnded)
+    else if (end.how == How::killedAtLimit)
         logLine(u"task           :-( killed after %ld ms '%@'", run.limit.count(), last.program());
     endPipeline(pipeline);
-    if (last.error() == QProcess::FailedToStart)
-        logLine(u"task           :-( '%@' %@", last.program(), last.errorString());
-    return hasEnded && last.error() != QProcess::FailedToStart;
+    if (last.error() != QProcess::FailedToStart)
+        return end;
+    logLine(u"task           :-( '%@' %@", last.program(), last.errorString());
+    return {How::notStarted};
 }
 
 } // namespace vignar
