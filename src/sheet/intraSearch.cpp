@@ -18,8 +18,14 @@ constexpr int longestReordering = 16;
 
 qint64 ticksOf(double instant, const PictureIndex &index)
 {
-    const qint64 microseconds = std::llround(instant * 1e6);
-    return (microseconds * index.ticksASecond() + 500'000) / 1'000'000;
+    // A header that lies may tell of times that no clock reaches; two of these still add up.
+    constexpr qint64 farthest = qint64{1} << 61;
+    const qint64 ticksASecond = index.ticksASecond();
+    if (!(std::abs(instant) * double(ticksASecond) < double(farthest)))
+        return instant < 0 ? -farthest : farthest;
+    const double whole = std::floor(instant);
+    const qint64 microseconds = std::llround((instant - whole) * 1e6);
+    return qint64(whole) * ticksASecond + (microseconds * ticksASecond + 500'000) / 1'000'000;
 }
 
 IntraSearch intraPictureAt(PictureIndex &index, double instant, double seconds)

@@ -6,6 +6,18 @@ using namespace vignar;
 using namespace Qt::StringLiterals;
 using Outcome = IntraSearch::Outcome;
 
+/// Of any time scale.
+class Clock : public PictureIndex
+{
+public:
+    explicit Clock(qint64 ticksASecond) : PictureIndex(nullptr) { m_ticksASecond = ticksASecond; }
+    bool visitFrom(qint64, const std::function<bool(const CodedPicture &)> &) override
+    {
+        return false;
+    }
+    bool seeksAnywhere() const override { return false; }
+};
+
 /// What the tables of an MP4 file tell against what ffmpeg finds by decoding.
 class TestPictureIndex : public QObject
 {
@@ -20,6 +32,18 @@ class TestPictureIndex : public QObject
     }
 
 private Q_SLOTS:
+    void instantsOfHeadersThatLie()
+    {
+        QCOMPARE(ticksOf(12.34, Clock(90'000)), 1'110'600);
+        QCOMPARE(ticksOf(1.0 / 3, Clock(3)), 1);
+        QCOMPARE(ticksOf(2147483647.0, Clock(250'000)), 536'870'911'750'000);
+        for (const double instant : {1e13, 1e300, double(qInf())}) {
+            const qint64 far = ticksOf(instant, Clock(4'294'967'295));
+            QVERIFY(far > (qint64{1} << 60) && far + far > far);
+            QCOMPARE(ticksOf(-instant, Clock(4'294'967'295)), -far);
+        }
+    }
+
     void initTestCase()
     {
         QVERIFY(m_made.make(u"cuts.mp4"_s, MadeVideos::sounding(),
