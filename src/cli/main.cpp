@@ -144,6 +144,8 @@ int main(int argc, char **argv)
     // Whoever reads the results may leave early; the sheets are still wanted, and so is
     // the cleaning up behind them.
     std::signal(SIGPIPE, SIG_IGN);
+    // A write past the user's limit of file sizes fails, and is told as that.
+    std::signal(SIGXFSZ, SIG_IGN);
     const QStringList typed = argumentsAfterProgram(argc, argv);
     const Result<CommandLine> line = parseCommandLine(typed);
     if (!line)

@@ -24,6 +24,7 @@
 #include <QTranslator>
 
 #include <clocale>
+#include <csignal>
 
 using namespace vignar;
 using namespace Qt::StringLiterals;
@@ -116,6 +117,8 @@ int runSession(SingleInstance &instance, const QStringList &paths)
 
 int main(int argc, char **argv)
 {
+    // A write past the user's limit of file sizes fails, and is told as that.
+    std::signal(SIGXFSZ, SIG_IGN);
     const QByteArray startupToken = startupTokenFromEnvironment();
     QApplication application(argc, argv);
     // The toolkit has adopted the user's locale; tools and parsers count with points.
