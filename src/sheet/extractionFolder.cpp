@@ -18,7 +18,7 @@ Result<ExtractionFolder> ExtractionFolder::make()
 {
     // Sheets of hours and days go through here: something may have cleared the temporary
     // folder meanwhile.
-    QDir().mkpath(workFolder());
+    renewWorkFolder();
     auto folder = std::make_unique<QTemporaryDir>(workFolder() + u"/pictures-XXXXXX"_s);
     if (!folder->isValid())
         return Failure{filled(localised(u"V_reason_workFolder"_s), workFolder())};

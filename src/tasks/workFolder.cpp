@@ -151,6 +151,23 @@ bool setUpWorkFolder(const QString &instance)
     return isMade;
 }
 
+bool renewWorkFolder()
+{
+    const QString path = workFolder();
+    if (isOwnFolder(path))
+        return true;
+    if (!current().userFolder.isNull())
+        makePrivateFolder(current().userFolder);
+    if (!makePrivateFolder(path))
+        return false;
+    logLine(u"TMPFOLDER           : made again: %@", path);
+    // The lock has gone as well; without one the next run would take the folder for a dead one's.
+    // The old one is released first, because that removes the file of its name.
+    if (std::exchange(current().lock, nullptr))
+        current().lock = lockOf(path);
+    return true;
+}
+
 void removeWorkFolder()
 {
     if (!current().lock)

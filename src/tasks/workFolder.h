@@ -23,6 +23,10 @@ void setWorkFolder(const QString &path);
 /// may have made it to lead us astray, a folder with a name of its own takes its place.
 bool setUpWorkFolder(const QString &instance);
 
+/// Makes the work folder again where something has cleared it away under a long run. False
+/// when there is none and none can be made.
+bool renewWorkFolder();
+
 /// Removes the work folder that setUpWorkFolder() made.
 void removeWorkFolder();
 

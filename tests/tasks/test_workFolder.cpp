@@ -57,6 +57,22 @@ private Q_SLOTS:
         }
     }
 
+    void clearedFolderIsMadeAgain()
+    {
+        const TestPlaces places;
+        QVERIFY(setUpWorkFolder(u"cli"_s));
+        const QString folder = workFolder();
+        QVERIFY(renewWorkFolder());
+        QVERIFY(QDir(places.folder.filePath(m_user)).removeRecursively());
+        QVERIFY(renewWorkFolder());
+        QVERIFY(QFileInfo(folder).isDir() && QFileInfo::exists(folder + u".lock"_s));
+        QVERIFY(!(QFile::permissions(folder) & QFile::Permissions(0x0077)));
+        // What has taken its place meanwhile is not ours.
+        QVERIFY(QDir().rmdir(folder) && QFile::link(u"/tmp"_s, folder));
+        QVERIFY(!renewWorkFolder());
+        QVERIFY(QFile::remove(folder));
+    }
+
     void plantedLinkIsNotFollowed()
     {
         // In place of the user's folder, and of the run's.
