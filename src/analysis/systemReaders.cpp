@@ -16,7 +16,6 @@ AnalysisReaders systemReaders(MovieFramework *movieFramework)
         .ptsDtsOffsetMs = &ptsDtsOffsetMs,
         .idet = &ffVfIdet,
         .durationM2v = &durationM2v,
-        .durationOfHead = &durationOfHead,
     };
 }
 

@@ -1,7 +1,6 @@
 #include "app/analysisDriver.h"
 
 #include "analysis/ffReport.h"
-#include "analysis/ffReportVerdicts.h"
 #include "app/decodedFrames.h"
 #include "app/progressReporter.h"
 #include "classShared/files.h"
@@ -61,6 +60,11 @@ StepEnd AnalysisDriver::startProbe()
         setMark(RunKeys::analysisFin.text);
         return StepEnd::again;
     }
+    if (!renewWorkFolder()) {
+        refuse(filled(localised(u"V_reason_workFolder"_s), workFolder()));
+        setMark(RunKeys::analysisFin.text);
+        return StepEnd::again;
+    }
     logDebug(u"analysis task       - begin");
     // Frames of the source before must not speak for this one.
     rmCocoa(framePath());
@@ -76,7 +80,11 @@ StepEnd AnalysisDriver::startProbe()
                   << u"/dev/null"_s;
     setMark(RunKeys::analysisFfmpegParse.text);
     m_reporter.resetFailureWatch();
-    m_reporter.tasklauncherStart({arguments, 0, parseCollected, RunnerKind::analysis});
+    m_reporter.tasklauncherStart({.arguments = arguments,
+                                  .parseMode = parseCollected,
+                                  .kind = RunnerKind::analysis,
+                                  .limits = probeLimits(),
+                                  .time = SourceBudget::report});
     logDebug(u"analysis task       - end");
     return StepEnd::running;
 }
@@ -116,7 +124,8 @@ StepEnd AnalysisDriver::judgeReport()
         setMark(RunKeys::analysisFfmpeg.text);
         return StepEnd::again;
     }
-    bool isUsable = isReportOfSuccess();
+    const RunFault fault = m_reporter.lastFault(RunnerKind::analysis);
+    bool isUsable = fault == RunFault::none && isReportOfSuccess();
     if (!isUsable) {
         logLine(u"Src not readable-ff :-( analysis failure");
         // The detector also hears complaints about a few damaged pictures. Here the proof
@@ -125,7 +134,7 @@ StepEnd AnalysisDriver::judgeReport()
                    (m_readers.movieFramework && m_readers.movieFramework->canDecode(source));
     }
     if (!isUsable)
-        refuse(localised(unreadableReason(withoutSourcePath(report(), source))));
+        refuse(fault == RunFault::none ? localised(u"V_reason_unreadable"_s) : faultReason(fault));
     setMark(isUsable ? RunKeys::analysisDico.text : RunKeys::analysisFin.text);
     return StepEnd::again;
 }
@@ -153,10 +162,8 @@ StepEnd AnalysisDriver::takeMediaInfo()
 StepEnd AnalysisDriver::buildRecord()
 {
     setMark(RunKeys::analysisFin.text);
-    const AnalysisInput input{.srcPath = prefReadStr(RunKeys::analysisSrcPathStr),
-                              .report = report(),
-                              .fields = fieldOrderOfFrames(framePath()),
-                              .picture = pictureOfFrames(framePath())};
+    const AnalysisInput input{
+        prefReadStr(RunKeys::analysisSrcPathStr), report(), fieldOrderOfFrames(framePath()), {}};
     rmCocoa(framePath());
     const auto read = [input, readers = m_readers]() mutable -> ReadSource {
         QList<SourceNotice> notices;
@@ -168,6 +175,7 @@ StepEnd AnalysisDriver::buildRecord()
         takeRecord(answer);
         again();
     });
+    m_reading.cancelAfter(SourceBudget::record);
     return StepEnd::running;
 }
 
@@ -178,6 +186,8 @@ void AnalysisDriver::takeRecord(const ReadSource &read)
     for (const SourceNotice &notice : read.notices)
         showNotice(notice);
     const QString source = prefReadStr(RunKeys::analysisSrcPathStr);
+    if (m_reading.isLate())
+        return refuse(faultReason(RunFault::tookTooLong));
     if (!read.record) {
         logLine(u"NON-COMPLIANT FILE  : %@", source);
         refuse(read.record.reason());

@@ -6,6 +6,7 @@
 #include "sheet/extractionPasses.h"
 #include "sheet/jpegReading.h"
 #include "sheet/pictureTimes.h"
+#include "tasks/runLimits.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -25,13 +26,33 @@ namespace
 /// The times of all pictures of a run are among them: 60 outputs take some 200 kB.
 constexpr qint64 lastWordsLimit = 1024 * 1024;
 
+/// For the pictures of a sheet together. One alone has the time to be tried in another way.
+std::chrono::milliseconds budgetOf(size_t pictures)
+{
+    return std::max<std::chrono::milliseconds>(
+        2 * SourceBudget::picture, SourceBudget::thumbnail * qint64(std::max<size_t>(1, pictures)));
+}
+
+std::chrono::milliseconds timeOf(const FastRun &run)
+{
+    return std::min<std::chrono::milliseconds>(ProgressReporter::runLimit,
+                                               SourceBudget::picture *
+                                                   std::max<size_t>(1, run.pictures.size()));
+}
+
 } // namespace
 
 PassExecutor::PassExecutor(QObject *parent)
     : QObject(parent), m_processes(prefValue(Prefs::prefPassProcesses))
 {
-    if (m_processes < 1)
-        m_processes = std::max(1, QThread::idealThreadCount());
+    const int cores = std::max(1, QThread::idealThreadCount());
+    m_processes = m_processes < 1 ? cores : std::min(m_processes, cores);
+    m_budget.setSingleShot(true);
+    m_budget.callOnTimeout(this, [this] {
+        logLine(u"th budget           :-( given up: %@", readStr(m_source, Keys::srcPathStr));
+        m_isLate = true;
+        terminate();
+    });
     connect(&m_folderWatcher, &QFileSystemWatcher::directoryChanged, this,
             &PassExecutor::countLanded);
 }
@@ -58,6 +79,9 @@ void PassExecutor::start(const PassMap &passes, const SourceDico &source)
     m_missing.clear();
     m_landed.clear();
     m_retried.clear();
+    m_fault = RunFault::none;
+    m_isLate = false;
+    m_budget.start(budgetOf(passes.size()));
     if (!passes.empty())
         m_folderWatcher.addPath(QFileInfo(passes.cbegin()->second.constLast()).path());
     m_planning.start(
@@ -91,13 +115,21 @@ void PassExecutor::launchWaiting()
 {
     if (m_running.empty() && m_waiting.empty() && !m_missing.empty())
         takeUpMissing();
-    while (!m_isSuspended && !m_waiting.empty() && m_running.size() < size_t(m_processes)) {
+    while (!m_isSuspended && canLaunchNext()) {
         Job job = std::move(m_waiting.front());
         m_waiting.pop_front();
         launch(std::move(job));
     }
     if (m_isRunning && m_running.empty() && m_waiting.empty())
         end();
+}
+
+bool PassExecutor::canLaunchNext() const
+{
+    if (m_waiting.empty() || m_running.size() >= size_t(m_processes))
+        return false;
+    // A job that needs all the memory waits for the others, and the others for it.
+    return m_running.empty() || (!m_waiting.front().isAlone && !m_running.front().job.isAlone);
 }
 
 void PassExecutor::takeUpMissing()
@@ -120,12 +152,14 @@ void PassExecutor::launch(Job job)
     taskLauncher *launcher = running.launcher.get();
     launcher->setDelegate(this);
     launcher->dontConvertDataToString(true);
+    launcher->setLimits(pictureLimits(running.job.isAlone ? 1 : m_processes));
     running.limit->setSingleShot(true);
-    running.limit->callOnTimeout(launcher, [launcher] {
+    running.limit->callOnTimeout(launcher, [this, launcher] {
         logLine(u"tl run limit        :-( killed");
+        noteFault(RunFault::tookTooLong);
         launcher->tasklauncherTerminate();
     });
-    running.limit->start(ProgressReporter::runLimit);
+    running.limit->start(timeOf(running.job.run));
     const QStringList arguments = running.job.run.arguments;
     m_running.push_back(std::move(running));
     // A launch that fails calls nothing back.
@@ -153,13 +187,21 @@ void PassExecutor::taskLauncherTaskDidEnd(taskLauncher &launcher)
     m_running.erase(found);
     // Both may still be on the call stack: they may be released, not destroyed, here.
     ended.launcher->setDelegate(nullptr);
+    const qint32 status = ended.launcher->terminationStatus();
     ended.launcher.release()->deleteLater();
     ended.limit.release()->deleteLater();
-    jobEnded(ended.job, decodedReport(ended.lastWords.bytes()));
+    const QString lastWords = decodedReport(ended.lastWords.bytes());
+    jobEnded(ended.job, lastWords, faultOf(status, lastWords));
     launchWaiting();
 }
 
-void PassExecutor::jobEnded(const Job &job, const QString &lastWords)
+void PassExecutor::noteFault(RunFault fault)
+{
+    if (m_fault == RunFault::none)
+        m_fault = fault;
+}
+
+void PassExecutor::jobEnded(const Job &job, const QString &lastWords, RunFault fault)
 {
     std::set<int> substituted;
     for (const auto &[picture, substitute] : job.run.substitutes) {
@@ -179,7 +221,7 @@ void PassExecutor::jobEnded(const Job &job, const QString &lastWords)
         if (m_landed.contains(picture))
             tellTime(job, picture, lastWords, substituted.contains(picture));
         else
-            settlePicture(job, picture);
+            settlePicture(job, picture, fault);
     }
 }
 
@@ -210,7 +252,7 @@ void PassExecutor::tellTime(const Job &job, int picture, const QString &report, 
         Q_EMIT told(picturePath(picture), *seconds);
 }
 
-void PassExecutor::settlePicture(const Job &job, int picture)
+void PassExecutor::settlePicture(const Job &job, int picture, RunFault fault)
 {
     const bool isDamaged = QFileInfo(picturePath(picture)).size() > 0;
     QFile::remove(picturePath(picture));
@@ -218,11 +260,16 @@ void PassExecutor::settlePicture(const Job &job, int picture)
         m_missing.emplace(picture, m_passes.at(picture));
     } else if (job.form == Form::stretch) {
         enqueuePlain(picture, m_passes.at(picture));
+    } else if (fault == RunFault::neededMemory && !job.isAlone && m_processes > 1) {
+        m_waiting.push_back({Form::plain, job.run, true});
     } else if (isDamaged && m_retried.insert(picture).second) {
         // The pass has found its picture; only the file did not come through.
         enqueuePlain(picture, job.run.arguments);
     } else if (const QStringList next = nextAttempt(job.run.arguments); !next.isEmpty()) {
+        noteFault(fault);
         enqueuePlain(picture, next);
+    } else {
+        noteFault(fault);
     }
 }
 
@@ -244,6 +291,8 @@ void PassExecutor::suspend()
         each.launcher->suspend();
         each.limit->stop();
     }
+    m_budgetLeft = m_budget.isActive() ? m_budget.remainingTimeAsDuration() : m_budgetLeft;
+    m_budget.stop();
 }
 
 void PassExecutor::resume()
@@ -252,8 +301,10 @@ void PassExecutor::resume()
         return;
     for (const Running &each : m_running) {
         each.launcher->resume();
-        each.limit->start(ProgressReporter::runLimit);
+        each.limit->start(timeOf(each.job.run));
     }
+    if (m_isRunning)
+        m_budget.start(m_budgetLeft);
     if (m_isRunning && !m_planning.isRunning())
         launchWaiting();
 }
@@ -284,6 +335,7 @@ void PassExecutor::terminate()
 void PassExecutor::end()
 {
     m_isRunning = false;
+    m_budget.stop();
     if (!m_folderWatcher.directories().isEmpty())
         m_folderWatcher.removePaths(m_folderWatcher.directories());
     QMetaObject::invokeMethod(this, &PassExecutor::finished, Qt::QueuedConnection);

@@ -3,6 +3,7 @@
 #include "sheet/fastPasses.h"
 #include "tasks/backgroundRun.h"
 #include "tasks/childProcess.h"
+#include "tasks/runFault.h"
 #include "tasks/taskLauncher.h"
 
 #include <QFileSystemWatcher>
@@ -34,6 +35,11 @@ public:
     void start(const PassMap &passes, const SourceDico &source);
 
     bool isRunning() const { return m_isRunning; }
+    /// Why pictures of the last start() could not be taken, where a run has ended for a reason
+    /// of its own.
+    RunFault fault() const { return m_fault; }
+    /// The last start() took longer than SourceBudget has for its pictures, and was given up.
+    bool isLate() const { return m_isLate; }
     void suspend();
     void resume();
     /// Kills what runs and gives up what waits; finished() follows.
@@ -55,6 +61,8 @@ private:
     struct Job {
         Form form = Form::plain;
         FastRun run;
+        /// It has run out of memory beside the others, and runs again without them.
+        bool isAlone = false;
     };
     struct Running {
         Job job;
@@ -70,10 +78,12 @@ private:
     void enqueuePlain(int picture, const QStringList &pass);
     void launchWaiting();
     void launch(Job job);
-    void jobEnded(const Job &job, const QString &lastWords);
+    void jobEnded(const Job &job, const QString &lastWords, RunFault fault);
     void dropOthers(const FastRun &run, const QString &report);
     void tellTime(const Job &job, int picture, const QString &report, bool isSubstitute);
-    void settlePicture(const Job &job, int picture);
+    void settlePicture(const Job &job, int picture, RunFault fault);
+    void noteFault(RunFault fault);
+    bool canLaunchNext() const;
     void takeUpMissing();
     void countLanded();
     void end();
@@ -92,6 +102,11 @@ private:
     PassMap m_missing;
     std::map<int, double> m_runUps;
     std::set<int> m_landed;
+    RunFault m_fault = RunFault::none;
+    bool m_isLate = false;
+    QTimer m_budget;
+    /// Of the budget, while it is suspended.
+    std::chrono::milliseconds m_budgetLeft{0};
     /// Pictures whose plain pass was run again because their file was damaged.
     std::set<int> m_retried;
     QFileSystemWatcher m_folderWatcher;

@@ -46,6 +46,7 @@ ProgressReporter::ProgressReporter(Outlets &outlets, QObject *parent)
         limit.setSingleShot(true);
         connect(&limit, &QTimer::timeout, this, [this, kind] {
             logLine(u"tl run limit        :-( killed: %@", slot(kind).arguments);
+            slot(kind).isPastLimit = true;
             tasklauncherTerminate(kind);
         });
     }
@@ -83,7 +84,10 @@ bool ProgressReporter::tasklauncherStart(const RunRequest &request)
     run.launcher = std::make_unique<taskLauncher>();
     run.launcher->setDelegate(this);
     run.launcher->dontConvertDataToString(true);
-    run.limit.start(m_runLimit);
+    run.launcher->setLimits(request.limits);
+    run.isPastLimit = false;
+    run.time = std::min(m_runLimit, request.time);
+    run.limit.start(run.time);
     const auto launch = run.launcher->launchTasksWithArguments(request.arguments);
     if (launch != taskLauncher::launched) {
         logLine(u"tlStart launch error:-( #%ld (from args: %@)", static_cast<int>(launch),
@@ -128,6 +132,12 @@ qint32 ProgressReporter::lastStatus(RunnerKind kind) const
     return slot(kind).lastStatus;
 }
 
+RunFault ProgressReporter::lastFault(RunnerKind kind) const
+{
+    const Slot &run = slot(kind);
+    return run.isPastLimit ? RunFault::tookTooLong : faultOf(run.lastStatus, lastWords(kind));
+}
+
 void ProgressReporter::tasklauncherSuspend(RunnerKind kind)
 {
     Slot &run = slot(kind);
@@ -143,7 +153,7 @@ void ProgressReporter::tasklauncherResume(RunnerKind kind)
     if (!run.launcher || !run.launcher->isSuspended())
         return;
     run.launcher->resume();
-    run.limit.start(m_runLimit);
+    run.limit.start(run.time);
 }
 
 void ProgressReporter::tasklauncherTerminate(RunnerKind kind)

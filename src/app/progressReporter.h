@@ -3,6 +3,8 @@
 #include "app/outlets.h"
 #include "app/progressValue.h"
 #include "tasks/childProcess.h"
+#include "tasks/runFault.h"
+#include "tasks/runLimits.h"
 #include "tasks/taskLauncher.h"
 
 #include <QElapsedTimer>
@@ -21,6 +23,9 @@ struct RunRequest {
     double progressMaximum = 0;
     int parseMode = parseNothing;
     RunnerKind kind = RunnerKind::main;
+    RunLimits limits = {};
+    /// Longest time that it may take, where that is less than ProgressReporter::runLimit.
+    std::chrono::milliseconds time = std::chrono::hours(1);
 };
 
 /// Runs the tools of the three runners and turns their text into progress.
@@ -51,6 +56,8 @@ public:
     /// Last lines of the main runner's last run, for explaining a failure.
     QString lastWords(RunnerKind kind) const;
     qint32 lastStatus(RunnerKind kind) const;
+    /// What went wrong with the last run, where it was not stopped by us on purpose.
+    RunFault lastFault(RunnerKind kind) const;
 
     void tasklauncherSuspend(RunnerKind kind);
     void tasklauncherResume(RunnerKind kind);
@@ -76,6 +83,8 @@ private:
         double previousValue = noPreviousValue;
         ReportBuffer report;
         qint32 lastStatus = 0;
+        std::chrono::milliseconds time{0};
+        bool isPastLimit = false;
         QTimer limit;
     };
 

@@ -23,7 +23,7 @@ void RowMaker::start(const SourceDico &record)
     rmCocoa(poster);
     m_poster.start(
         this, [record, poster] { return makePoster(record, poster); },
-        [this, record](PosterPicture picture) { end(record, picture); });
+        [this, record](const Result<PosterPicture> &picture) { end(record, picture); });
 }
 
 void RowMaker::refuse(const QString &source, const QString &reason)
@@ -41,13 +41,13 @@ void RowMaker::giveUp()
     m_poster.cancel();
 }
 
-void RowMaker::end(SourceDico record, PosterPicture picture)
+void RowMaker::end(SourceDico record, const Result<PosterPicture> &picture)
 {
     const QString source = std::exchange(m_source, {});
-    if (picture == PosterPicture::any)
+    if (picture && *picture == PosterPicture::any)
         write(record, Keys::intraFailure, 1);
-    if (!m_isGivenUp && picture == PosterPicture::none)
-        refuse(source, localised(u"V_reason_noPicture"_s));
+    if (!m_isGivenUp && !picture)
+        refuse(source, picture.reason());
     // A drop may have brought it a second time while it was no row yet.
     else if (!m_isGivenUp && !m_batch.holdsSource(source))
         m_batch.append(makeBatchEntry(record, m_batch.count() + 1, m_outlets.chosenLayout(),

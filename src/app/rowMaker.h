@@ -43,14 +43,14 @@ private:
         QString reason;
     };
 
-    void end(SourceDico record, PosterPicture picture);
+    void end(SourceDico record, const Result<PosterPicture> &picture);
 
     Outlets &m_outlets;
     BatchList &m_batch;
     QString m_source;
     bool m_isGivenUp = false;
     QList<Refusal> m_laterRefusals;
-    BackgroundRun<PosterPicture> m_poster;
+    BackgroundRun<Result<PosterPicture>> m_poster;
 };
 
 } // namespace vignar

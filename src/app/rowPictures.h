@@ -27,6 +27,9 @@ public:
 
     /// From start() until finished().
     bool isRunning() const { return m_isRunning; }
+    /// PassExecutor::fault() and isLate().
+    RunFault fault() const { return m_executor.fault(); }
+    bool isLate() const { return m_executor.isLate(); }
     /// Pictures of the last start() that are there.
     int landedPictures() const { return m_landed; }
 

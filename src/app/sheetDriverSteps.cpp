@@ -52,7 +52,10 @@ StepEnd SheetDriver::runFfmpegPass()
         prefWriteChildDico(RunKeys::processEncDico, Keys::appvgThFf, passes);
     }
     showStep(m_lastPassKey.toInt() + 1);
-    startRun({m_lastPass, 0, parseIndeterminate, RunnerKind::main});
+    startRun({.arguments = m_lastPass,
+              .parseMode = parseIndeterminate,
+              .limits = pictureLimits(1),
+              .time = SourceBudget::picture});
     return StepEnd::running;
 }
 
@@ -81,6 +84,8 @@ void SheetDriver::passesEnded()
     m_outlets.setWheelSpinning(RunnerKind::main, false);
     m_outlets.setProgressMaximum(ProgressBar::main, 0);
     m_outlets.setPercentText(RunnerKind::main, {});
+    if (m_pictures->isLate() && m_taskStopInt != 1)
+        failRow(faultReason(RunFault::tookTooLong), SheetOutcome::Status::failed);
     again(u"encProcesses"_s);
 }
 
@@ -196,7 +201,9 @@ void SheetDriver::useProduct(const SheetProduct &product)
     m_outcome->thumbnails = product.thumbnails;
     m_outcome->missing = m_plan.count - product.thumbnails;
     if (!product.sheet) {
-        failRow(product.sheet.reason(), SheetOutcome::Status::failed);
+        const QString fault = faultReason(m_pictures->fault());
+        const bool isFaultTheReason = product.thumbnails == 0 && !fault.isNull();
+        failRow(isFaultTheReason ? fault : product.sheet.reason(), SheetOutcome::Status::failed);
         return;
     }
     m_outcome->status = SheetOutcome::Status::made;

@@ -26,13 +26,6 @@ QString standardText(const QDateTime &date)
                   minutes < 0 ? u"-"_s : u"+"_s, qAbs(minutes) / 60, qAbs(minutes) % 60);
 }
 
-/// Archives that are to be reproducible, some cameras and network disks write 0 or a little
-/// more for a time that they do not know.
-bool isNoDate(const QDateTime &date)
-{
-    return !date.isValid() || date < QDateTime(QDate(1970, 1, 8), QTime(0, 0), Qt::UTC);
-}
-
 } // namespace
 
 QDateTime dateCreation(const QString &path)
@@ -47,8 +40,7 @@ QDateTime dateCreation(const QString &path)
     const QFileInfo info(standardized);
     const QDateTime born = info.birthTime();
     const QDateTime modified = info.lastModified();
-    const bool isBornEarlier = born.isValid() && (isNoDate(modified) || born < modified);
-    const QDateTime date = isBornEarlier ? born : modified;
+    QDateTime date = born.isValid() && born < modified ? born : modified;
     if (date.isValid())
         logDebug(u"dico (creation date) : %@", standardText(date));
     return date;

@@ -2,7 +2,9 @@
 
 #include <QObject>
 #include <QThread>
+#include <QTimer>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -17,7 +19,14 @@ template <class Answer>
 class BackgroundRun
 {
 public:
-    BackgroundRun() = default;
+    BackgroundRun()
+    {
+        m_limit.setSingleShot(true);
+        m_limit.callOnTimeout([this] {
+            m_isLate = true;
+            cancel();
+        });
+    }
     /// Cancels the work and waits for its end; its answer is dropped.
     ~BackgroundRun()
     {
@@ -35,6 +44,7 @@ public:
         m_thread.reset(QThread::create([this, work = std::move(work)] { m_answer = work(); }));
         QObject::connect(m_thread.get(), &QThread::finished, context,
                          [this, take = std::move(take)] {
+                             m_limit.stop();
                              m_thread->wait();
                              // It is on the call stack.
                              m_thread.release()->deleteLater();
@@ -42,6 +52,7 @@ public:
                              m_answer.reset();
                              take(std::move(answer));
                          });
+        m_isLate = false;
         m_thread->start();
     }
 
@@ -54,9 +65,17 @@ public:
             m_thread->requestInterruption();
     }
 
+    /// Cancels the work that was started when it takes longer.
+    void cancelAfter(std::chrono::milliseconds limit) { m_limit.start(limit); }
+
+    /// The last work was cancelled because it took too long.
+    bool isLate() const { return m_isLate; }
+
 private:
     std::unique_ptr<QThread> m_thread;
     std::optional<Answer> m_answer;
+    QTimer m_limit;
+    bool m_isLate = false;
 };
 
 } // namespace vignar

@@ -35,10 +35,9 @@ QStringList confinedInput(const QStringList &options)
 {
     QStringList confined = options;
     QString allowed = sourceDemuxers();
-    const bool hasOwnList = options.contains(u"-protocol_whitelist"_s);
-    if (hasOwnList && options.contains(u"concat"_s))
+    if (options.contains(u"-protocol_whitelist"_s) && options.contains(u"concat"_s))
         allowed.prepend(u"concat,"_s);
-    if (!hasOwnList)
+    else
         confined << u"-protocol_whitelist"_s << u"file"_s;
     return confined << u"-format_whitelist"_s << allowed;
 }

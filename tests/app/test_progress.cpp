@@ -22,6 +22,7 @@ private Q_SLOTS:
     void collectsWhatIsNotAscii();
     void endsOnceWhenToolIsMissing();
     void killsRunPastItsLimit();
+    void tellsWhatWentWrong();
 
 private:
     static RunRequest shell(const QString &script, int mode, RunnerKind kind, double maximum = 0)
@@ -145,6 +146,35 @@ void TestProgress::killsRunPastItsLimit()
         reporter.tasklauncherStart(shell(u"exec sleep 1000"_s, parseNothing, RunnerKind::main)));
     QTRY_COMPARE(done.size(), 1);
     QCOMPARE(reporter.lastStatus(RunnerKind::main), taskLauncher::killedStatus);
+    QCOMPARE(reporter.lastFault(RunnerKind::main), RunFault::tookTooLong);
+}
+
+void TestProgress::tellsWhatWentWrong()
+{
+    RecordingOutlets outlets;
+    ProgressReporter reporter(outlets);
+    QSignalSpy done(&reporter, &ProgressReporter::done);
+    const auto faultAfter = [&](const QString &script, std::chrono::milliseconds time) {
+        RunRequest request = shell(script, parseNothing, RunnerKind::analysis);
+        request.time = time;
+        request.limits.openFiles = 20;
+        done.clear();
+        reporter.tasklauncherStart(request);
+        const bool isKilled = script.contains(u"stopped by us");
+        if (isKilled)
+            reporter.tasklauncherTerminate(RunnerKind::analysis);
+        const bool isDone = QTest::qWaitFor([&done] { return done.size() == 1; });
+        return isDone ? reporter.lastFault(RunnerKind::analysis) : RunFault::listOfFiles;
+    };
+    const std::chrono::minutes ample(5);
+    QCOMPARE(faultAfter(u"exec sleep 1000"_s, std::chrono::milliseconds(50)),
+             RunFault::tookTooLong);
+    QCOMPARE(faultAfter(u"kill -KILL $$"_s, ample), RunFault::killed);
+    QCOMPARE(faultAfter(u"echo '/x.mov: Cannot allocate memory' >&2; exit 1"_s, ample),
+             RunFault::neededMemory);
+    QCOMPARE(faultAfter(u"exec sleep 1000 # stopped by us"_s, ample), RunFault::none);
+    // The limits reach the tool.
+    QCOMPARE(faultAfter(u"test $(ulimit -n) = 20 || kill -KILL $$"_s, ample), RunFault::none);
 }
 
 QTEST_GUILESS_MAIN(TestProgress)
