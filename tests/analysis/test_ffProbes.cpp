@@ -1,6 +1,8 @@
 #include "analysis/ffProbeRuns.h"
 #include "analysis/ffProbes.h"
 #include "settings/stringTables.h"
+#include "support/makeClip.h"
+#include "tasks/testPlaces.h"
 
 #include <QDir>
 #include <QFile>
@@ -176,6 +178,38 @@ private Q_SLOTS:
         QVERIFY(!isFfmpegSuccessAudio(damaged));
         QVERIFY(forceFormat(damaged, {}).isNull());
         QVERIFY(ffRevision() >= 4);
+    }
+
+    void looksForFieldsUntilAPassDecides_data()
+    {
+        QTest::addColumn<QString>("pictures");
+        // The first pass begins at 4 seconds, the second one at 8.
+        const QString fields = u"testsrc2=s=160x120:r=50:d=%1,interlace[%2];"_s;
+        const QString black = u"color=black:s=160x120:r=25:d=%1[%2];"_s;
+        const QString joined = u"[a][b]concat"_s;
+        QTest::newRow("first pass")
+            << fields.arg(8).arg(u"a"_s) + black.arg(21).arg(u"b"_s) + joined;
+        QTest::newRow("second pass")
+            << black.arg(9).arg(u"a"_s) + fields.arg(4).arg(u"b"_s) + joined;
+    }
+    void looksForFieldsUntilAPassDecides()
+    {
+        QFETCH(QString, pictures);
+        const QString path = m_folder.filePath(u"fields.mkv"_s);
+        QVERIFY(makeClip(path, pictures, {u"-c:v"_s, u"ffv1"_s}));
+        QCOMPARE(ffVfIdet(path), localised(u"TFF"_s, fieldsTable));
+    }
+
+    void triesSoundAgainInTheFormatOfTheFile()
+    {
+        const TestPlaces places;
+        QFile tool(places.file(u"resources/ffmpeg"_s,
+                               "#!/bin/sh\ncase \"$*\" in\n*'-f mpeg '*) echo done ;;\n"
+                               "*) echo 'Error reading header: 5' ;;\nesac\n"));
+        QVERIFY(tool.setPermissions(QFile::ReadOwner | QFile::ExeOwner));
+        const QByteArray pack("\x00\x00\x01\xba\x44\x00\x04\x00\x04\x01", 10);
+        QVERIFY(isFfmpegSuccessAudio(places.file(u"a.mpg"_s, pack)));
+        QVERIFY(!isFfmpegSuccessAudio(places.file(u"b.mpg"_s, "letter")));
     }
 
     void answersWithoutASource()
