@@ -16,4 +16,7 @@ struct RowChoices {
 
 RowChoices choicesOf(const BatchEntry &row);
 
+/// The preference that limits the number of thumbnails of a layout.
+Key<int> limitKey(int layout);
+
 } // namespace vignar

@@ -5,6 +5,7 @@
 #include "classShared/durations.h"
 #include "classShared/paths.h"
 #include "settings/applicationPlaces.h"
+#include "settings/preferenceRanges.h"
 #include "sheet/plannedSource.h"
 
 #include <QDir>
@@ -21,13 +22,9 @@ namespace
 /// Bytes of a file name that leave room, within the 255 that file systems allow, for a
 /// number, an extension and the random letters of the file that is written first.
 constexpr qsizetype nameLimit = 220;
-
-QString cutToBytes(QString text, qsizetype limit)
-{
-    while (text.toUtf8().size() > limit)
-        text.chop(text.back().isLowSurrogate() ? 2 : 1);
-    return text;
-}
+/// A suffix with its hyphen leaves the title more than half of the name.
+constexpr qsizetype suffixLimit = longestSuffix + 1;
+static_assert(2 * suffixLimit < nameLimit);
 
 QString harmless(QString text)
 {
@@ -114,21 +111,23 @@ QString sheetSuffix(const QString &prefSuffix, bool isDiskPictureMade, const QSt
     if (suffix.isEmpty() && isDiskPictureMade)
         suffix = defaultSuffix;
     suffix = harmless(suffix);
-    return suffix.isEmpty() || suffix.startsWith(u'-') ? suffix : u"-"_s + suffix;
+    if (!suffix.isEmpty() && !suffix.startsWith(u'-'))
+        suffix.prepend(u'-');
+    return cutToBytes(suffix, suffixLimit);
 }
 
 SheetTarget sheetTarget(const QString &folder, const QString &srcPath, const SheetNaming &naming,
                         QSet<QString> &taken)
 {
-    const QString title =
-        cutToBytes(sourceTitle(srcPath), nameLimit - naming.suffix.toUtf8().size());
+    const QString suffix = cutToBytes(naming.suffix, suffixLimit);
+    const QString title = cutToBytes(sourceTitle(srcPath), nameLimit - suffix.toUtf8().size());
     const bool isAlike = naming.sheetName.toCaseFolded() == title.toCaseFolded();
     const bool isOwnName = !naming.sheetName.isNull() && !isAlike;
     SheetTarget target;
     for (int count = naming.firstNumber;; ++count) {
         const QString number = count > 1 ? u"-"_s + QString::number(count) : QString();
         const QString base = folder + u'/' + title + number;
-        target = {isOwnName ? folder + u'/' + naming.sheetName + number : base + naming.suffix,
+        target = {isOwnName ? folder + u'/' + naming.sheetName + number : base + suffix,
                   base + u".jpg"_s, count};
         // Names that differ only in case are one name on many disks.
         QSet<QString> names{target.sheetFile(SheetFormat::jpeg).toCaseFolded(),

@@ -14,7 +14,7 @@ namespace vignar
 QString destinationFolder(const QString &destinationField);
 
 /// "-index" for the suffix preferences; empty when sheets get none. Separators and
-/// control characters are made harmless.
+/// control characters are made harmless, and what goes beyond 101 bytes is cut.
 QString sheetSuffix(const QString &prefSuffix, bool isDiskPictureMade,
                     const QString &defaultSuffix);
 
@@ -53,7 +53,8 @@ struct SheetNaming {
 
 /// The target of a source in a folder. Where an earlier source of the same run has
 /// taken the name, a number is added; the names of the target join taken. A sheet that
-/// would bear the name of its disk picture gets the suffix.
+/// would bear the name of its disk picture gets the suffix. The source's name is cut so that
+/// it takes, with the suffix, at most 220 bytes; numbers and extensions come on top.
 SheetTarget sheetTarget(const QString &folder, const QString &srcPath, const SheetNaming &naming,
                         QSet<QString> &taken);
 

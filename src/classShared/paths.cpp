@@ -85,6 +85,20 @@ QString expandTilde(const QString &path)
     return slash < 0 ? home : home + path.mid(slash);
 }
 
+QString cutToBytes(const QString &text, qsizetype bytes)
+{
+    const QByteArray whole = text.toUtf8();
+    if (whole.size() <= bytes)
+        return text;
+    const auto continuesCharacter = [&whole](qsizetype at) {
+        return (static_cast<unsigned char>(whole.at(at)) & 0xC0) == 0x80;
+    };
+    qsizetype end = qMax<qsizetype>(0, bytes);
+    while (end > 0 && continuesCharacter(end))
+        --end;
+    return QString::fromUtf8(whole.first(end));
+}
+
 QString findAndReplace(const QString &text, const QString &search, const QString &replacement,
                        bool isRecursive)
 {

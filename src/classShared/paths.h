@@ -9,6 +9,10 @@ namespace vignar
 /// A leading "~" or "~user" replaced by the home folder.
 QString expandTilde(const QString &path);
 
+/// The longest beginning of a text that takes at most so many bytes in UTF-8, no character
+/// cut in two.
+QString cutToBytes(const QString &text, qsizetype bytes);
+
 /// The text with every occurrence replaced, compared literally; isRecursive repeats
 /// until none is left. Null when any argument is null.
 QString findAndReplace(const QString &text, const QString &search, const QString &replacement,

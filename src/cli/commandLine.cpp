@@ -1,7 +1,8 @@
 #include "cli/commandLine.h"
 
 #include "classShared/sourceDico.h"
-#include "settings/preferences.h"
+#include "settings/preferenceKeys.h"
+#include "settings/preferenceRanges.h"
 
 #include <QCommandLineParser>
 
@@ -17,8 +18,6 @@ namespace
 
 using Command = CommandLine::Command;
 
-/// Pictures that one sheet may hold when their number is given.
-constexpr int mostThumbnails = 60;
 /// Each job takes a process and a few of the 1,024 files that a process may open.
 constexpr int mostJobs = 128;
 
@@ -31,9 +30,6 @@ constexpr CommandName commandNames[] = {
     {QLatin1String("analyse"), Command::analyse},
     {QLatin1String("plan"), Command::plan},
 };
-
-/// What the setting prefSheetFormat may be.
-const QStringList pictureFormats{u""_s, u"png"_s, u"webp"_s};
 
 constexpr const char *layoutNames[] = {"big", "med", "min", "mix"};
 
@@ -48,9 +44,16 @@ struct OptionRow {
     QString (*take)(CommandLine &line, const QString &value);
 };
 
+/// A value as a message shows it: one that is far too long is not repeated in full.
+QString shown(const QString &value)
+{
+    constexpr int longest = 80;
+    return value.size() > longest ? value.left(longest) + u'…' : value;
+}
+
 QString wrongValue(const QString &value, const QString &expected)
 {
-    return u"'%1' is not %2"_s.arg(value, expected);
+    return u"'%1' is not %2"_s.arg(shown(value), expected);
 }
 
 QString takeLayout(CommandLine &line, const QString &value)
@@ -68,7 +71,7 @@ QString takeFormat(CommandLine &line, const QString &value)
 {
     const bool isPdf = value == u"pdf";
     const QString picture = value == u"jpg" || isPdf ? u""_s : value;
-    if (value.isEmpty() || !pictureFormats.contains(picture))
+    if (value.isEmpty() || !preferenceRange(Prefs::prefSheetFormat)->typed(picture))
         return wrongValue(value, u"a format: jpg, pdf, png or webp"_s);
     line.format = isPdf ? 0 : 1;
     write(line.settings, Prefs::prefSheetFormat, picture);
@@ -95,38 +98,50 @@ QString takeThumbnails(CommandLine &line, const QString &value)
         write(line.settings, Prefs::prefLimitAuto, 1);
         return {};
     }
-    bool isNumber = false;
-    const int count = value.toInt(&isNumber);
-    if (!isNumber || count < 1 || count > mostThumbnails)
-        return wrongValue(value,
-                          u"a number of thumbnails from 1 to %1, or auto"_s.arg(mostThumbnails));
     write(line.settings, Prefs::prefLimitAuto, 0);
     for (const Key<int> &limit :
-         {Prefs::prefLimitBig, Prefs::prefLimitMed, Prefs::prefLimitMin, Prefs::prefLimitMix})
-        write(line.settings, limit, count);
+         {Prefs::prefLimitBig, Prefs::prefLimitMed, Prefs::prefLimitMin, Prefs::prefLimitMix}) {
+        const PreferenceRange &range = *preferenceRange(limit);
+        const Result<QVariant> count = range.typed(value);
+        if (!count)
+            return wrongValue(value, range.described() + u", or auto"_s);
+        line.settings.insert(limit, *count);
+    }
     return {};
 }
 
 QString takeInterval(CommandLine &line, const QString &value)
 {
-    bool isNumber = false;
-    const int seconds = value.toInt(&isNumber);
-    if (!isNumber || seconds < 1)
-        return wrongValue(value, u"a whole number of seconds"_s);
+    const PreferenceRange &range = *preferenceRange(Prefs::prefDerushInterval);
+    const Result<QVariant> seconds = range.typed(value);
+    if (!seconds)
+        return wrongValue(value, range.described());
     write(line.settings, Prefs::prefDerush, 1);
-    write(line.settings, Prefs::prefDerushInterval, seconds);
+    line.settings.insert(Prefs::prefDerushInterval, *seconds);
     return {};
 }
 
-/// The keys that --set knows: every one with a default, and those without a control.
-Dico settableKeys()
+/// Takes a preference in; a text that was cut is noted under the name of its option.
+QString takePreference(CommandLine &line, const QString &key, const QString &typed,
+                       const QString &option)
 {
-    Dico keys = prefDefaults();
-    keys.insert(Prefs::bannerDisplayNo, 0);
-    keys.insert(Prefs::prefPlainPasses, 0);
-    keys.insert(Prefs::prefPassProcesses, 0);
-    keys.insert(Prefs::ffFileForceFormatStr, QString());
-    return keys;
+    const PreferenceRange *range = preferenceRange(key);
+    if (!range || range->readers == PreferenceRange::Readers::window)
+        return u"there is no setting '%1'"_s.arg(key);
+    const Result<QVariant> value = range->typed(typed);
+    if (!value)
+        return u"%1 must be %2, not '%3'"_s.arg(key, range->described(), shown(typed));
+    if (value->toString() != typed && range->kind == PreferenceRange::Kind::namePart)
+        line.notes += u"%1: cut to the longest that is possible, %2 bytes: '%3'"_s.arg(option)
+                          .arg(range->highest)
+                          .arg(value->toString());
+    line.settings.insert(key, *value);
+    return {};
+}
+
+QString takeSuffix(CommandLine &line, const QString &text)
+{
+    return takePreference(line, Prefs::prefSuffix, text, u"--suffix"_s);
 }
 
 QString takeSetting(CommandLine &line, const QString &assignment)
@@ -135,16 +150,7 @@ QString takeSetting(CommandLine &line, const QString &assignment)
     if (equals < 1)
         return wrongValue(assignment, u"of the form KEY=VALUE"_s);
     const QString key = assignment.left(equals);
-    QVariant value = assignment.mid(equals + 1);
-    const QVariant standard = settableKeys().value(key);
-    if (!standard.isValid())
-        return u"there is no setting '%1'"_s.arg(key);
-    const bool isFormat = key == Prefs::prefSheetFormat.text;
-    if ((isFormat && !pictureFormats.contains(value.toString())) ||
-        !value.convert(standard.metaType()))
-        return u"'%1' is no value for the setting '%2'"_s.arg(assignment.mid(equals + 1), key);
-    line.settings.insert(key, value);
-    return {};
+    return takePreference(line, key, assignment.mid(equals + 1), u"--set %1"_s.arg(key));
 }
 
 QString takeJobs(CommandLine &line, const QString &value)
@@ -180,7 +186,7 @@ const QList<OptionRow> &optionRows()
              return QString();
          }},
         {{u"json"_s},
-         u"Print one JSON object a source and line."_s,
+         u"Print one JSON object for each source, each on one line."_s,
          {},
          every,
          [](CommandLine &line, const QString &) {
@@ -206,13 +212,10 @@ const QList<OptionRow> &optionRows()
          making,
          takeFormat},
         {{u"suffix"_s},
-         u"Add TEXT to the name of each sheet."_s,
+         u"Add TEXT to the name of each sheet; cut at %1 bytes."_s.arg(longestSuffix),
          u"TEXT"_s,
          planning,
-         [](CommandLine &line, const QString &value) {
-             write(line.settings, Prefs::prefSuffix, value);
-             return QString();
-         }},
+         takeSuffix},
         {{u"existing"_s},
          u"Where a sheet exists: ask, keep or replace."_s,
          u"ANSWER"_s,
@@ -224,7 +227,8 @@ const QList<OptionRow> &optionRows()
          planning,
          takeThumbnails},
         {{u"every"_s},
-         u"One thumbnail each SECONDS seconds."_s,
+         u"One thumbnail each SECONDS seconds, unless they would be more than without it; "
+         "--thumbs allows more."_s,
          u"SECONDS"_s,
          planning,
          takeInterval},
@@ -318,7 +322,7 @@ Result<CommandLine> parseCommandLine(const QStringList &arguments)
     const QString commandName = line.sources.takeFirst();
     line.command = commandOf(commandName);
     if (line.command == Command::none)
-        return Failure{u"'%1' is no command: sheet, analyse or plan"_s.arg(commandName)};
+        return Failure{u"'%1' is not a command: sheet, analyse or plan"_s.arg(commandName)};
     if (line.sources.isEmpty())
         return Failure{u"no source was given"_s};
     if (const QString fault = takeOptions(line, parser, commandName); !fault.isNull())

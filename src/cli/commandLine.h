@@ -30,6 +30,8 @@ struct CommandLine {
     Existing existing = Existing::ask;
     /// Preference values that hold for this run alone.
     Dico settings;
+    /// What the user is told of arguments that were not taken as they stand.
+    QStringList notes;
     /// Sources worked on at once; nothing: as many as suit the machine.
     std::optional<int> jobs;
     /// Not empty: this process is a worker, whose scratch files go to this folder.

@@ -130,6 +130,8 @@ int runCommand(const CommandLine &line, const QStringList &typed)
         return someFailed;
     }
     ProgressLine progress;
+    for (const QString &note : line.notes)
+        progress.print(u"vignar-cli: %1"_s.arg(note));
     setAlertPresenter(std::make_unique<TerminalAlerts>(progress));
     const int status = runSources(line, progress, {line.jobs.value_or(usualJobs()), typed});
     setAlertPresenter({});

@@ -73,8 +73,9 @@ private:
     template <class T>
     T value(const Key<T> &key) const
     {
-        if (const auto stored = read(m_stored, key))
-            return *stored;
+        const Dico stored{{key, valueInRange(key, m_stored.value(key))}};
+        if (const auto value = read(stored, key))
+            return *value;
         return read(m_defaults, key).value_or(T{});
     }
 
@@ -132,11 +133,8 @@ private:
 
     void fillDerush()
     {
-        int interval = value(Prefs::prefDerushInterval);
-        if (interval <= 0)
-            interval = read(m_defaults, Prefs::prefDerushInterval).value_or(0);
-        m_panel.setControl(Prefs::prefDerushInterval, interval);
-        m_panel.setControl(Prefs::prefDerush, value(Prefs::prefDerush) > 0 ? 1 : 0);
+        m_panel.setControl(Prefs::prefDerushInterval, value(Prefs::prefDerushInterval));
+        fillCheckBox(Prefs::prefDerush);
         m_panel.perform(Action::thLimitAuto);
     }
 

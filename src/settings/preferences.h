@@ -1,6 +1,7 @@
 #pragma once
 
 #include "settings/preferenceKeys.h"
+#include "settings/preferenceRanges.h"
 
 #include <QVariant>
 
@@ -48,12 +49,14 @@ std::optional<T> prefStored(const Key<T> &key)
     return read(Dico{{key, prefRead(key)}}, key);
 }
 
-/// The stored value, or the factory default where nothing convertible is stored.
+/// The stored value brought into its range, or the factory default where nothing that
+/// converts is stored.
 template <class T>
 T prefValue(const Key<T> &key)
 {
-    if (const auto stored = prefStored(key))
-        return *stored;
+    const Dico stored{{key, valueInRange(key, prefRead(key))}};
+    if (const auto value = read(stored, key))
+        return *value;
     return read(prefDefaults(), key).value_or(T{});
 }
 

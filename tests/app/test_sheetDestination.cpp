@@ -1,4 +1,7 @@
+#include "app/rowChoices.h"
 #include "app/sheetDestination.h"
+#include "settings/preferenceStore.h"
+#include "settings/preferences.h"
 
 #include <QDir>
 #include <QTest>
@@ -17,6 +20,10 @@ private Q_SLOTS:
     void normalisesSuffix();
     void numbersSourcesOfOneName();
     void keepsLongNamesWritable();
+    void anySuffixLeavesWritableNames_data();
+    void anySuffixLeavesWritableNames();
+    void onlyTheRowAsksForAPdf_data();
+    void onlyTheRowAsksForAPdf();
     void namesByTemplate_data();
     void namesByTemplate();
 };
@@ -96,6 +103,62 @@ void TestSheetDestination::keepsLongNamesWritable()
     QVERIFY(fileName.endsWith(u"-index.jpg"_s));
 }
 
+void TestSheetDestination::anySuffixLeavesWritableNames_data()
+{
+    QTest::addColumn<QString>("character");
+    QTest::newRow("one byte") << u"s"_s;
+    QTest::newRow("two bytes") << u"é"_s;
+    QTest::newRow("three bytes") << u"映"_s;
+    QTest::newRow("a surrogate pair") << u"\U0001F3AC"_s;
+    QTest::newRow("half a surrogate pair") << QString(QChar(0xD83C));
+}
+
+void TestSheetDestination::anySuffixLeavesWritableNames()
+{
+    QFETCH(QString, character);
+    for (int count = 1; count <= 300; ++count) {
+        const QString typed = character.repeated(count);
+        const QString suffix = sheetSuffix(typed, true, u"index"_s);
+        QVERIFY(suffix.startsWith(u'-') && suffix.toUtf8().size() <= 101);
+        QVERIFY(typed.toUtf8().size() > 100 || suffix == u'-' + typed);
+        // Also where the suffix comes by another way.
+        for (const QString &any : {suffix, typed}) {
+            QSet<QString> taken;
+            const QString name =
+                sheetTarget(u"/d"_s, u"/a/"_s + u"t"_s.repeated(250) + u".mp4"_s, {any}, taken)
+                    .dstPath.mid(3);
+            const qsizetype bytes = name.toUtf8().size();
+            QVERIFY2(name.startsWith(u't') && bytes > 200 && bytes <= 220, qPrintable(name));
+        }
+    }
+}
+
+void TestSheetDestination::onlyTheRowAsksForAPdf_data()
+{
+    QTest::addColumn<int>("dpi");
+    QTest::addColumn<int>("stored");
+    QTest::addColumn<int>("width");
+    QTest::addColumn<bool>("isPdf");
+    QTest::newRow("a PDF has no width") << 0 << 1920 << 0 << true;
+    QTest::newRow("the width of the preferences") << 1 << 1920 << 1920 << false;
+    QTest::newRow("a senseless width makes no PDF") << 1 << 0 << 640 << false;
+    QTest::newRow("nor does one below zero") << 1 << -3 << 640 << false;
+    QTest::newRow("nor one that would not fit into memory") << 1 << 60000 << 7680 << false;
+}
+
+void TestSheetDestination::onlyTheRowAsksForAPdf()
+{
+    QFETCH(int, dpi);
+    QFETCH(int, stored);
+    setSharedPreferenceStore(std::make_unique<MemoryPreferenceStore>(
+        Dico{{Prefs::prefComputerWidthAuto, 0}, {Prefs::prefComputerWidth, stored}}));
+    BatchEntry row;
+    write(row, Keys::dpi, dpi);
+    QTEST(choicesOf(row).width, "width");
+    QTEST(choicesOf(row).format == SheetFormat::pdf, "isPdf");
+    setSharedPreferenceStore(nullptr);
+}
+
 void TestSheetDestination::namesByTemplate_data()
 {
     QTest::addColumn<QString>("nameTemplate");
@@ -109,6 +172,8 @@ void TestSheetDestination::namesByTemplate_data()
     QTest::newRow("folder itself") << u" . "_s << usual;
     QTest::newRow("folder above") << u".."_s << usual;
     QTest::newRow("name of the disk picture") << u"{name}"_s << usual;
+    QTest::newRow("far too long") << u"{name}-"_s + u"x"_s.repeated(100'000)
+                                  << u"{width}-"_s + u"x"_s.repeated(212);
     QTest::newRow("too long") << u"é"_s.repeated(300) << u"é"_s.repeated(110);
 }
 

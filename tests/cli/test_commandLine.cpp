@@ -21,6 +21,7 @@ private Q_SLOTS:
     void refusesWrongArguments_data();
     void refusesWrongArguments();
     void readsOptions();
+    void cutsWhatNamesAreMadeOf();
     void expandsSources();
     void namesDoNotSpeakToTheTerminal();
     void recordIsGroupedWithUnits();
@@ -41,8 +42,21 @@ void TestCommandLine::refusesWrongArguments_data()
     QTest::newRow("no interval") << u"sheet --every -5 a.mp4"_s << u"-5"_s;
     QTest::newRow("no jobs") << u"sheet --jobs 0 a.mp4"_s << u"0"_s;
     QTest::newRow("unknown setting") << u"sheet --set nope=1 a.mp4"_s << u"nope"_s;
+    QTest::newRow("too many thumbnails") << u"sheet --thumbs 601 a.mp4"_s << u"from 1 to 600"_s;
+    QTest::newRow("too long an interval") << u"sheet --every 86401 a.mp4"_s << u"to 86400"_s;
     QTest::newRow("setting of the wrong kind") << u"sheet --set prefDpi=x a.mp4"_s << u"prefDpi"_s;
     QTest::newRow("unknown format set") << u"sheet --set prefSheetFormat=bmp a.mp4"_s << u"bmp"_s;
+    QTest::newRow("setting out of range") << u"sheet --set prefComputerWidth=60000 a.mp4"_s
+                                          << u"prefComputerWidth must be a whole number from 640 "
+                                             "to 7680, not '60000'"_s;
+    QTest::newRow("no number") << u"plan --set prefBorderSize=nan a.mp4"_s << u"from 0 to 40"_s;
+    QTest::newRow("no colour") << u"plan --set pageBkgColor=red a.mp4"_s << u"hexadecimal"_s;
+    QTest::newRow("neither on nor off") << u"plan --set pageName=2 a.mp4"_s << u"0 or 1"_s;
+    QTest::newRow("too long a text")
+        << u"plan --set pageCommentText=%1 a.mp4"_s.arg(u"c"_s.repeated(1001)) << u"1000 bytes"_s;
+    for (const char *key : {"update", "rateVersion", "rateDeclined", "ratedVersion", "prefColor"})
+        QTest::addRow("nothing reads %s", key)
+            << u"sheet --set %1=1 a.mp4"_s.arg(QLatin1String(key)) << u"there is no setting"_s;
     QTest::newRow("setting without a value") << u"sheet --set prefDpi a.mp4"_s << u"prefDpi"_s;
     QTest::newRow("option of another command") << u"plan -f pdf a.mp4"_s << u"format"_s;
 }
@@ -75,6 +89,19 @@ void TestCommandLine::readsOptions()
     QCOMPARE(read(line->settings, Prefs::prefDerushInterval), 7);
     QCOMPARE(read(line->settings, Prefs::prefBorderSize), 2.5);
     QCOMPARE(read(line->settings, Prefs::pageBkgColor), u"000000"_s);
+}
+
+void TestCommandLine::cutsWhatNamesAreMadeOf()
+{
+    const QString clapper = u"\U0001F3AC"_s;
+    const auto line = parseCommandLine({u"sheet"_s, u"--suffix"_s, u"s"_s + clapper.repeated(100),
+                                        u"--set"_s, u"prefNameTemplate={name}"_s, u"a.mp4"_s});
+    QVERIFY2(line, qPrintable(line.reason()));
+    // 25 of four bytes each would be one byte too many.
+    QCOMPARE(read(line->settings, Prefs::prefSuffix), u"s"_s + clapper.repeated(24));
+    QCOMPARE(line->notes.size(), 1);
+    QVERIFY2(line->notes[0].startsWith(u"--suffix: cut to the longest that is possible, 100 bytes"),
+             qPrintable(line->notes[0]));
 }
 
 void TestCommandLine::expandsSources()

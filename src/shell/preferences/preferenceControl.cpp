@@ -1,5 +1,7 @@
 #include "shell/preferences/preferenceControl.h"
 
+#include "classShared/paths.h"
+#include "settings/preferenceRanges.h"
 #include "sheet/thumbnailPlan.h"
 #include "shell/choiceRow.h"
 #include "shell/preferences/colourField.h"
@@ -25,6 +27,13 @@ namespace
 
 using Edited = std::function<void()>;
 
+const PreferenceRange &rangeOf(const PreferenceRow &row)
+{
+    const PreferenceRange *range = preferenceRange(row.key);
+    Q_ASSERT(range);
+    return *range;
+}
+
 PreferenceControl makeCheckBox(const PreferenceRow &row, const Edited &edited)
 {
     auto *box = new QCheckBox(row.label());
@@ -37,7 +46,12 @@ PreferenceControl makeTextField(const PreferenceRow &row, const Edited &edited)
 {
     auto *field = new QLineEdit;
     field->setPlaceholderText(row.placeholder());
-    QObject::connect(field, &QLineEdit::textEdited, field, edited);
+    const auto longest = qsizetype(rangeOf(row).highest);
+    QObject::connect(field, &QLineEdit::textEdited, field, [field, longest, edited] {
+        if (const QString cut = cutToBytes(field->text(), longest); cut != field->text())
+            field->setText(cut);
+        edited();
+    });
     // An emptied field is a text, and none at all could not be stored.
     return {field, field, [field] { return field->text().isNull() ? u""_s : field->text(); },
             [field](const QVariant &value) {
@@ -65,28 +79,26 @@ PreferenceControl makeColourField(const PreferenceRow &row, const Edited &edited
 
 PreferenceControl makeSlider(const PreferenceRow &row, const Edited &edited)
 {
-    auto *field = new SliderField(row.label(), int(row.range.lowest), int(row.range.highest),
-                                  int(row.range.step), row.unit());
+    const PreferenceRange &range = rangeOf(row);
+    auto *field = new SliderField(row.label(), int(range.lowest), int(range.highest), int(row.step),
+                                  row.unit());
     QObject::connect(field, &SliderField::edited, field, edited);
     return {field, field->focusProxy(), [field] { return double(field->value()); },
             [field](const QVariant &value) { field->setValue(qRound(value.toDouble())); }};
 }
 
-/// A field of numbers. One that was stored stays what it is even beyond what the field
-/// offers.
 template <class Field, class Number>
 PreferenceControl makeNumberField(const PreferenceRow &row, const Edited &edited)
 {
     auto *field = new Field;
-    field->setRange(Number(row.range.lowest), Number(row.range.highest));
-    field->setSingleStep(Number(row.range.step));
+    field->setRange(Number(rangeOf(row).lowest), Number(rangeOf(row).highest));
+    field->setSingleStep(Number(row.step));
     if (!row.unit().isNull())
         field->setSuffix(u' ' + row.unit());
     QObject::connect(field, &Field::valueChanged, field, edited);
     return {field, field, [field] { return field->value(); },
             [field](const QVariant &value) {
                 const QSignalBlocker blocker(field);
-                field->setMaximum(std::max(field->maximum(), value.value<Number>()));
                 field->setValue(value.value<Number>());
             }};
 }

@@ -28,13 +28,6 @@ constexpr PreferenceRow::Condition isOff(const Key<int> &key)
     return {key.text.data(), 0};
 }
 
-/// Widths that a sheet is legible at and a viewer still opens.
-constexpr PreferenceRow::Range pageWidths{640, 7680, 16};
-/// Wider frames would leave the small pictures of a sheet no room.
-constexpr PreferenceRow::Range frameWidths{0, 40, 0.5};
-/// A second to a day.
-constexpr PreferenceRow::Range intervals{1, 86400, 1};
-
 constexpr PreferenceRow::Option pictureFormats[] = {{"", "JPEG"}, {"png", "PNG"}, {"webp", "WebP"}};
 
 constexpr PreferenceRow rows[] = {
@@ -55,10 +48,7 @@ constexpr PreferenceRow rows[] = {
      .action = Action::setColor},
     {.key = Prefs::pageBkgColor.text, .pane = Pane::sheet, .kind = Kind::colour},
     {.key = Prefs::prefBorderColor.text, .pane = Pane::sheet, .kind = Kind::colour},
-    {.key = Prefs::prefBorderSize.text,
-     .pane = Pane::sheet,
-     .kind = Kind::decimal,
-     .range = frameWidths},
+    {.key = Prefs::prefBorderSize.text, .pane = Pane::sheet, .kind = Kind::decimal, .step = 0.5},
     {.key = Prefs::pageName.text,
      .pane = Pane::sheet,
      .kind = Kind::checkBox,
@@ -114,7 +104,6 @@ constexpr PreferenceRow rows[] = {
     {.key = Prefs::prefDerushInterval.text,
      .pane = Pane::thumbnails,
      .kind = Kind::integer,
-     .range = intervals,
      .enabledWhen = {isOn(Prefs::prefDerush)}},
     {.key = Prefs::prefAvoidBlank.text,
      .pane = Pane::thumbnails,
@@ -147,7 +136,7 @@ constexpr PreferenceRow rows[] = {
     {.key = Prefs::prefComputerWidth.text,
      .pane = Pane::output,
      .kind = Kind::slider,
-     .range = pageWidths,
+     .step = 16,
      .enabledWhen = {isOn(Prefs::prefDpi), isOff(Prefs::prefComputerWidthAuto)},
      .action = Action::prefComputerWidth},
     {.key = Prefs::prefSuffix.text, .pane = Pane::output, .kind = Kind::text, .beginsGroup = true},

@@ -43,11 +43,6 @@ struct PreferenceRow {
         const char *key = nullptr;
         int value = 0;
     };
-    struct Range {
-        double lowest = 0;
-        double highest = 0;
-        double step = 1;
-    };
 
     /// A text to be stored, and the proper name that stands for it.
     struct Option {
@@ -62,7 +57,8 @@ struct PreferenceRow {
     bool beginsGroup = false;
     /// Check boxes that stand two to a line with those like them.
     bool isPaired = false;
-    Range range{};
+    /// Between the values that a number is changed to; how far it goes is in preferenceRange().
+    double step = 1;
     std::span<const Option> options{};
     Condition enabledWhen[2]{};
     /// The panel's own action that follows a change.
