@@ -1,5 +1,6 @@
 #include "app/nextRow.h"
 
+#include "app/sheetDisplay.h"
 #include "classShared/lineLog.h"
 #include "sheet/thumbnailPlan.h"
 
@@ -13,8 +14,8 @@ bool NextRow::begin(const Plan &plan)
     if (!folder)
         return false;
     auto pictures = std::make_unique<RowPictures>(std::move(*folder));
-    const SheetPlan sheet = planSheet(plan.layout, plan.source, pictures->folder());
-    if (sheet.ffmpegPasses.isEmpty())
+    const SheetPlan sheet = planSheet(plan.choices.layout, plan.source, pictures->folder());
+    if (sheet.ffmpegPasses.isEmpty() || !checkedPlan(sheet, plan.choices))
         return false;
     m_source = readStr(plan.source, Keys::srcPathStr);
     m_pictures = std::move(pictures);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/rowChoices.h"
 #include "app/rowPictures.h"
 
 #include <memory>
@@ -16,7 +17,7 @@ public:
     struct Plan {
         /// Its record with what the preferences ask for.
         SourceDico source;
-        int layout = mixLayout;
+        RowChoices choices;
     };
 
     /// Plans a row and starts its passes. False, and nothing has happened, if that is not

@@ -1,9 +1,12 @@
 #include "app/sheetDisplay.h"
 
 #include "settings/preferences.h"
+#include "settings/stringTables.h"
 
 namespace vignar
 {
+
+using namespace Qt::StringLiterals;
 
 namespace
 {
@@ -39,6 +42,16 @@ Dico sheetDisplay(const Dico &planned, int layout)
             display.remove(item.display);
     }
     return display;
+}
+
+Result<void> checkedPlan(const SheetPlan &plan, const RowChoices &choices)
+{
+    if (plan.thumbnails.count < 1)
+        return Failure{localised(u"V_reason_noRow"_s)};
+    Dico display = sheetDisplay(plan.display, choices.layout);
+    if (choices.width > 0)
+        write(display, Keys::pageWidth, choices.width);
+    return sheetFits(display, plan.thumbnails.count, choices.format);
 }
 
 bool isDiskPictureWanted()

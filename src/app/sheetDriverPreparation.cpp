@@ -16,25 +16,6 @@ namespace vignar
 
 using namespace Qt::StringLiterals;
 
-namespace
-{
-
-int requestedThumbnails(int layout)
-{
-    switch (layout) {
-    case bigLayout:
-        return prefValue(Prefs::prefLimitBig);
-    case medLayout:
-        return prefValue(Prefs::prefLimitMed);
-    case minLayout:
-        return prefValue(Prefs::prefLimitMin);
-    default:
-        return prefValue(Prefs::prefLimitMix);
-    }
-}
-
-} // namespace
-
 SourceDico SheetDriver::planningInput(const SourceDico &source, int layout)
 {
     SourceDico input = source;
@@ -46,7 +27,7 @@ SourceDico SheetDriver::planningInput(const SourceDico &source, int layout)
     }
     if (prefValue(Prefs::prefTrueTimecode))
         write(input, Keys::thTrueTimecode, 1);
-    write(input, Keys::thNumberInt, requestedThumbnails(layout));
+    write(input, Keys::thNumberInt, prefValue(limitKey(layout)));
     return input;
 }
 
@@ -127,8 +108,8 @@ Result<void> SheetDriver::usePlan(const SheetPlan &plan)
     m_plan = plan.thumbnails;
     m_retakes = {m_plan, m_pictures->folder(), read(workingRecord(), Keys::w_duration).value_or(0)};
     m_areBlanksSettled = false;
-    if (m_plan.count < 1)
-        return Failure{localised(u"V_reason_noRow"_s)};
+    if (auto possible = checkedPlan(plan, m_choices); !possible)
+        return possible;
     if (!plan.ffmpegPasses.isEmpty())
         prefWriteChildDico(RunKeys::processEncDico, Keys::appvgThFf, plan.ffmpegPasses);
     if (!plan.grabberPasses.isEmpty())
@@ -159,7 +140,7 @@ void SheetDriver::beginNextRow()
     const SheetTarget target = plannedTarget(record, taken);
     if (!isMadeWithoutAsking(target, choices.format))
         return;
-    if (m_next.begin({planningInput(record, choices.layout), choices.layout}))
+    if (m_next.begin({planningInput(record, choices.layout), choices}))
         Q_EMIT aheadBegun();
 }
 

@@ -12,6 +12,8 @@
 #include <QColorSpace>
 #include <QFileInfo>
 
+#include <cmath>
+
 using namespace Qt::StringLiterals;
 
 namespace vignar
@@ -69,11 +71,12 @@ int largestSide(SheetFormat format)
     return side > 0 ? side : jpegFormat.largestSide;
 }
 
-QString tooLarge(const QString &path, SheetFormat format)
+QString tooLarge(const QSizeF &page, SheetFormat format)
 {
     if (format == SheetFormat::webp)
-        return filled(localised(u"V_reason_webpSize"_s), path, largestSide(format));
-    return filled(localised(u"V_reason_sheetSize"_s), path);
+        return filled(localised(u"V_reason_webpSize"_s), largestSide(format));
+    const auto pixels = [](double side) { return QString::number(std::trunc(side), 'f', 0); };
+    return filled(localised(u"V_reason_sheetSize"_s), pixels(page.width()), pixels(page.height()));
 }
 
 int quality(SheetFormat format, const SheetPalette &palette)
@@ -136,6 +139,21 @@ QString sheetPath(const QString &dstPath, SheetFormat format)
     return dstPath + u'.' + sheetExtension(format);
 }
 
+Result<void> sheetFits(const Dico &display, int pictureCount, SheetFormat format)
+{
+    const SheetFit fit = sheetFit(
+        geometryInput(display, pictureCount, pageScale(display, format), largestSide(format)));
+    switch (fit.verdict) {
+    case SheetFit::Verdict::noRoom:
+        return Failure{localised(u"V_reason_noRoom"_s)};
+    case SheetFit::Verdict::tooLarge:
+        return Failure{tooLarge(fit.page, format)};
+    case SheetFit::Verdict::fits:
+        break;
+    }
+    return {};
+}
+
 Result<void> composeSheet(const Dico &display, SheetFormat format,
                           const std::function<bool()> &mayWrite)
 {
@@ -145,10 +163,10 @@ Result<void> composeSheet(const Dico &display, SheetFormat format,
         return Failure{filled(localised(u"V_reason_writeSheet"_s), path)};
 
     const SheetPictures pictures(read(display, Keys::th).value_or(QStringList()));
+    if (const Result<void> fits = sheetFits(display, pictures.count(), format); !fits)
+        return fits;
     const auto sheet =
         sheetDrawing(display, pictures.count(), pageScale(display, format), largestSide(format));
-    if (!sheet)
-        return Failure{tooLarge(path, format)};
 
     logColours(sheetColours(display), sheet->palette);
     const PictureMetadata metadata = metadataOf(display, sheet->content);

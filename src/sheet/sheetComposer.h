@@ -19,6 +19,10 @@ SheetFormat pictureFormatOf(const QString &extension);
 /// The file that a sheet is written to: dstPath with the format's extension.
 QString sheetPath(const QString &dstPath, SheetFormat format);
 
+/// Success where the sheet of a display dictionary and as many pictures can be drawn; else
+/// the reason. To be asked before any picture is taken.
+Result<void> sheetFits(const Dico &display, int pictureCount, SheetFormat format);
+
 /// Draws the sheet of a display dictionary and writes it beside its final name, then
 /// renames it over that, unless mayWrite, asked once the sheet is drawn, says no: that is
 /// a failure which leaves what was there. Pictures that do not load are left out. The file

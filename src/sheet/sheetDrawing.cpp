@@ -4,6 +4,8 @@
 #include "settings/preferences.h"
 #include "settings/stringTables.h"
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace vignar
@@ -14,9 +16,8 @@ namespace
 
 constexpr QSize defaultThumbnail{1280, 960};
 
-constexpr Key<QString> infoKeys[] = {Keys::location,  Keys::date,  Keys::duration,
-                                     Keys::vIdentity, Keys::poids, Keys::essence,
-                                     Keys::comment};
+constexpr Key<QString> infoKeys[] = {Keys::location, Keys::date,    Keys::duration, Keys::vIdentity,
+                                     Keys::poids,    Keys::essence, Keys::comment};
 
 QSize thumbnailSize(const Dico &display)
 {
@@ -63,21 +64,28 @@ std::optional<SheetDrawing> sheetDrawing(const Dico &display, int pictureCount, 
                                          int largestSide)
 {
     SheetDrawing drawing{contentOf(display), {}, {}};
-    GeometryInput input;
-    input.layout = read(display, Keys::bigMedMinMix).value_or(mixLayout);
-    input.pictureCount = pictureCount;
-    input.thumbnailSize = thumbnailSize(display);
-    input.borderSize = read(display, Keys::borderSize).value_or(0);
-    input.scale = scale;
-    input.infoLineCount = static_cast<int>(drawing.content.infoLines.size());
-    input.largestSide = largestSide;
-    const auto geometry = sheetGeometry(input);
+    const auto geometry = sheetGeometry(geometryInput(display, pictureCount, scale, largestSide));
     if (!geometry)
         return std::nullopt;
     const SheetColours colours = sheetColours(display);
     drawing.geometry = *geometry;
     drawing.palette = sheetPalette(colours.page, colours.border);
     return drawing;
+}
+
+GeometryInput geometryInput(const Dico &display, int pictureCount, double scale, int largestSide)
+{
+    GeometryInput input;
+    input.layout = read(display, Keys::bigMedMinMix).value_or(mixLayout);
+    input.pictureCount = pictureCount;
+    input.thumbnailSize = thumbnailSize(display);
+    input.borderSize = read(display, Keys::borderSize).value_or(0);
+    input.scale = scale;
+    input.infoLineCount = static_cast<int>(std::ranges::count_if(
+        infoKeys, [&display](const Key<QString> &key) { return contains(display, key); }));
+    input.largestSide = largestSide;
+    input.largestArea = largestPageArea;
+    return input;
 }
 
 } // namespace vignar

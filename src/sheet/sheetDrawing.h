@@ -24,9 +24,11 @@ struct SheetDrawing {
     void draw(QPainter &painter, const SheetPictures &pictures) const;
 };
 
-/// Lays the sheet of a display dictionary out for as many pictures, at a scale over
-/// basePageWidth; nothing when the frames leave no room for a picture or a side would
-/// exceed the largest, in pixels.
+/// What a display dictionary and as many pictures make of a page, at a scale over
+/// basePageWidth, whose sides have at most so many pixels.
+GeometryInput geometryInput(const Dico &display, int pictureCount, double scale, int largestSide);
+
+/// Lays the sheet of a display dictionary out; nothing where it does not fit.
 std::optional<SheetDrawing> sheetDrawing(const Dico &display, int pictureCount, double scale,
                                          int largestSide);
 

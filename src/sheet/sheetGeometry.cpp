@@ -123,35 +123,49 @@ bool placePictures(SheetGeometry &geometry, const GeometryInput &input, double t
     return true;
 }
 
-} // namespace
-
-std::optional<SheetGeometry> sheetGeometry(const GeometryInput &input)
+/// Lays a sheet out as far as it fits.
+SheetFit layOut(SheetGeometry &geometry, const GeometryInput &input)
 {
+    using Verdict = SheetFit::Verdict;
     const double s = input.scale;
     const double width = basePageWidth * s;
     const int columns = layoutGrid(input.layout).columns;
     const int rows = (input.pictureCount + columns - 1) / columns;
 
-    SheetGeometry geometry;
     geometry.border = std::max(std::trunc(input.borderSize * s), smallestBorder * s);
     const double cellWidth = (width - (columns + 1) * geometry.border) / columns;
     const double cellHeight =
         cellWidth / input.thumbnailSize.width() * input.thumbnailSize.height();
     // Also refuses the infinite and undefined sizes that senseless inputs lead to.
     if (!(cellWidth >= 1 && cellHeight > 0))
-        return std::nullopt;
+        return {Verdict::noRoom, {}};
     geometry.cell = {cellWidth, cellHeight};
 
     const double textBottom = lineHeight * s * (titleFont + input.infoLineCount * infoFont);
     const int pictureRows = rows + (isMix(input.layout) ? mixRows : 0);
     const double height =
         textBottom + pictureRows * (cellHeight + geometry.border) + lineHeight * s * creditFont;
-    if (!(std::max(width, height) <= input.largestSide))
-        return std::nullopt;
+    const QSizeF page(width, height);
+    if (!(std::max(width, height) <= input.largestSide && width * height <= input.largestArea))
+        return {Verdict::tooLarge, page};
 
     geometry.page = {qRound(width), static_cast<int>(height)};
     placeTexts(geometry, input);
-    if (!placePictures(geometry, input, textBottom))
+    return {placePictures(geometry, input, textBottom) ? Verdict::fits : Verdict::noRoom, page};
+}
+
+} // namespace
+
+SheetFit sheetFit(const GeometryInput &input)
+{
+    SheetGeometry geometry;
+    return layOut(geometry, input);
+}
+
+std::optional<SheetGeometry> sheetGeometry(const GeometryInput &input)
+{
+    SheetGeometry geometry;
+    if (layOut(geometry, input).verdict != SheetFit::Verdict::fits)
         return std::nullopt;
     return geometry;
 }

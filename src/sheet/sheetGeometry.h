@@ -5,6 +5,7 @@
 #include <QRectF>
 #include <QSize>
 
+#include <limits>
 #include <optional>
 #include <vector>
 
@@ -15,6 +16,8 @@ namespace vignar
 inline constexpr int largestPdfSide = 50000;
 /// Page width at scale 1, in pixels.
 inline constexpr int basePageWidth = 1280;
+/// Pixels of the largest page that is drawn, which takes a gibibyte of memory.
+inline constexpr qint64 largestPageArea = qint64(1) << 28;
 
 /// What decides where everything on a sheet is.
 struct GeometryInput {
@@ -29,6 +32,7 @@ struct GeometryInput {
     double scale = 1;
     int infoLineCount = 0;
     int largestSide = jpegFormat.largestSide;
+    qint64 largestArea = std::numeric_limits<qint64>::max();
 };
 
 /// One info line: its name, right-aligned, and what stands after it.
@@ -68,8 +72,24 @@ struct SheetGeometry {
     double timecodeSize = 0;
 };
 
-/// Lays a sheet out; nothing when the frames leave no room for a picture or a side would
-/// exceed the largest.
+/// Whether a sheet can be laid out, and if not, why.
+struct SheetFit {
+    enum class Verdict {
+        fits,
+        /// The frames leave no room for a picture.
+        noRoom,
+        /// A side of the page, or the page itself, would exceed the largest.
+        tooLarge
+    };
+
+    Verdict verdict = Verdict::fits;
+    /// What the page would measure; not known where there is no room.
+    QSizeF page;
+};
+
+SheetFit sheetFit(const GeometryInput &input);
+
+/// Lays a sheet out; nothing where it does not fit.
 std::optional<SheetGeometry> sheetGeometry(const GeometryInput &input);
 
 } // namespace vignar

@@ -164,6 +164,46 @@ private Q_SLOTS:
         QVERIFY2(!tooLong && tooLong.reason().contains(u"16383"), qPrintable(tooLong.reason()));
     }
 
+    void tellsBeforehandWhatCannotBeDrawn_data()
+    {
+        QTest::addColumn<SheetFormat>("format");
+        QTest::addColumn<int>("width");
+        QTest::addColumn<double>("border");
+        QTest::addColumn<int>("count");
+        QTest::addColumn<QString>("reason");
+        const auto row = [](const char *name, SheetFormat format, int width, double border,
+                            int count, const QString &reason) {
+            QTest::newRow(name) << format << width << border << count << reason;
+        };
+        constexpr SheetFormat jpeg = SheetFormat::jpeg;
+        row("usual", jpeg, 1280, 1, 24, {});
+        row("narrow frames", jpeg, 1280, 35, 24, {});
+        // 35 leave 27 rows of a cell of 172 × 97; cells between frames of 59 are 81 high.
+        row("wide frames", jpeg, 1280, 59, 24, u"room"_s);
+        row("wide frames, WebP", SheetFormat::webp, 1280, 59, 24, u"room"_s);
+        row("wide frames, PDF", SheetFormat::pdf, 0, 59, 24, u"room"_s);
+        // 450 pixels of texts and 730.3125 for each row, of 34,952 that 7,680 across leave.
+        row("as much as fits into memory", jpeg, 7680, 1, 282, {});
+        row("more than fits into memory", jpeg, 7680, 1, 288, u"7680 × 35505 pixels"_s);
+        row("longer than JPEG", jpeg, 1280, 1, 6 * 560, u"1280 × 6"_s);
+        row("longer than WebP", SheetFormat::webp, 1280, 1, 6 * 140, u"16383"_s);
+        row("longer than a PDF page", SheetFormat::pdf, 0, 1, 6 * 300, u"1920 × 5"_s);
+    }
+    void tellsBeforehandWhatCannotBeDrawn()
+    {
+        QFETCH(SheetFormat, format);
+        QFETCH(int, width);
+        QFETCH(double, border);
+        QFETCH(int, count);
+        QFETCH(QString, reason);
+        Dico sheet = display(minLayout, {});
+        write(sheet, Keys::borderSize, border);
+        write(sheet, Keys::pageWidth, width);
+        const Result<void> fits = sheetFits(sheet, count, format);
+        QCOMPARE(bool(fits), reason.isNull());
+        QVERIFY2(fits.reason().contains(reason), qPrintable(fits.reason()));
+    }
+
     void failuresKeepTheOldSheet()
     {
         const Dico sheet = display(bigLayout, {picture(0, Qt::red)});

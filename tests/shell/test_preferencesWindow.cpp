@@ -71,9 +71,8 @@ QVariant otherValue(const QString &key, const QVariant &value)
                              {Prefs::pageBkgColor, u"102030"_s},
                              {Prefs::prefBorderColor, u"405060"_s},
                              {Prefs::prefBorderSize, 2.5},
-                             // Beyond what the controls offer.
-                             {Prefs::prefComputerWidth, 9999.0},
-                             {Prefs::prefDerushInterval, 100'000}};
+                             {Prefs::prefComputerWidth, 2000.0},
+                             {Prefs::prefDerushInterval, 86400}};
     if (chosen.contains(key))
         return chosen.value(key);
     if (value.typeId() == QMetaType::QString)
@@ -163,6 +162,8 @@ private Q_SLOTS:
         QVERIFY(!prefRead(Prefs::pageBkgColor).isValid());
         type(*window.findChild<QWidget *>(Prefs::prefSuffix), u"s/s"_s);
         QCOMPARE(window.findChild<NameExample *>()->text(), u"Example: A day by the sea-s-s.jpg"_s);
+        type(*window.findChild<QWidget *>(Prefs::prefSuffix), u"é"_s.repeated(120));
+        QCOMPARE(prefRead(Prefs::prefSuffix), u"é"_s.repeated(50));
     }
 
     void presetsBringTheirColours()
@@ -265,10 +266,21 @@ private Q_SLOTS:
         for (int change = 0; change < 5; ++change)
             preview.refresh();
         QTRY_COMPARE(drawn.count(), 1);
-        prefWrite(Prefs::prefBorderSize, 900.0);
-        preview.refresh();
+        // What a run would refuse, in the very words.
+        const SourceDico wide{{Keys::srcPathStr, u"/v/wide.mp4"_s},
+                              {Keys::w_duration, 60},
+                              {Keys::v_width(0), 1920},
+                              {Keys::v_height(0), 800}};
+        prefWrite(Prefs::prefBorderSize, 40.0);
+        preview.setRow(wide, int(minLayout));
         QVERIFY(preview.picture().isNull());
-        QCOMPARE(preview.description(), localised(u"V_preview_noRoom"_s));
+        QCOMPARE(preview.description(), localisedCapitalised(u"V_reason_noRoom"_s));
+        prefWrite(Prefs::prefBorderSize, 1.0);
+        prefWrite(Prefs::prefLimitMin, 600);
+        prefWrite(Prefs::prefComputerWidthAuto, 0);
+        prefWrite(Prefs::prefComputerWidth, 7680);
+        preview.refresh();
+        QVERIFY2(preview.description().contains(u"7680 × "_s), qPrintable(preview.description()));
     }
 
     void previewShowsTheRow()

@@ -1,5 +1,6 @@
 #include "shell/preferences/sheetPreview.h"
 
+#include "app/rowChoices.h"
 #include "app/sheetDisplay.h"
 #include "app/sheetDriver.h"
 #include "classShared/format.h"
@@ -17,6 +18,8 @@
 #include <QPainter>
 #include <QPointer>
 #include <QThreadPool>
+
+#include <limits>
 
 namespace vignar
 {
@@ -205,11 +208,33 @@ void SheetPreview::drawMadeSheet()
     tell();
 }
 
+/// Why the sheet could not be made, as a sentence; null where it can.
+QString SheetPreview::faultOf(Dico display) const
+{
+    BatchEntry row;
+    write(row, Keys::out, layoutIndex());
+    write(row, Keys::dpi, prefValue(Prefs::prefDpi));
+    const RowChoices choices = choicesOf(row);
+    if (choices.width > 0)
+        write(display, Keys::pageWidth, choices.width);
+    const Result<void> fits = sheetFits(display, m_pictures->count(), choices.format);
+    QString fault = fits ? QString() : fits.reason();
+    if (!fault.isEmpty())
+        fault[0] = fault.at(0).toUpper();
+    return fault;
+}
+
 void SheetPreview::drawSheet(const Dico &display)
 {
-    const auto sheet = sheetDrawing(display, m_pictures->count(), 1, jpegFormat.largestSide);
+    if (const QString fault = faultOf(display); !fault.isNull()) {
+        m_description = fault;
+        return;
+    }
+    // The file's limits have been looked at; this page is drawn as small as the window.
+    const auto sheet =
+        sheetDrawing(display, m_pictures->count(), 1, std::numeric_limits<int>::max());
     if (!sheet) {
-        m_description = localised(u"V_preview_noRoom"_s);
+        m_description = localisedCapitalised(u"V_reason_noRoom"_s);
         return;
     }
     const QSizeF room = QSizeF(size().shrunkBy({margin, margin, margin, margin}));

@@ -80,6 +80,7 @@ private:
     void tell();
     void drawIfVisible();
     int layoutIndex() const;
+    QString faultOf(Dico display) const;
     void plan();
     void drawSheet(const Dico &display);
     void describe(const QSize &page);
