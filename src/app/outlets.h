@@ -38,6 +38,9 @@ struct SheetOutcome {
     /// Pictures on the sheet, and pictures planned that could not be had.
     int thumbnails = 0;
     int missing = 0;
+    /// Seconds between two pictures as planned, and as asked for (0: not).
+    double interval = 0;
+    int intervalAsked = 0;
     /// Wall-clock seconds spent on the row.
     double seconds = 0;
 };

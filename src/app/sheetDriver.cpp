@@ -228,6 +228,7 @@ void SheetDriver::startRow(int index)
 void SheetDriver::skipVanishedRow(int index)
 {
     const QString source = m_batch.sourcePath(index);
+    const RowChoices choices = choicesOf(m_batch.row(index));
     logLine(u"current src does not exist anymore (-> skip to next one), current: %@", source);
     m_next.release();
     prefWrite(RunKeys::encCurrentProcessingFile,
@@ -235,7 +236,10 @@ void SheetDriver::skipVanishedRow(int index)
     m_batch.select(index);
     m_batch.encBatchRemove(false);
     prefWrite(RunKeys::encFin, 1);
-    m_outlets.sheetFinished({.source = source, .reason = localised(u"V_reason_missing"_s)});
+    m_outlets.sheetFinished({.source = source,
+                             .reason = localised(u"V_reason_missing"_s),
+                             .layout = choices.layout,
+                             .format = choices.format});
 }
 
 void SheetDriver::takeStep()

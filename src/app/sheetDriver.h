@@ -136,7 +136,9 @@ private:
     bool m_areBlanksSettled = false;
     QString m_lastPassKey;
     QStringList m_lastPass;
+    /// Since its turn came, and since there was nothing more to ask.
     QElapsedTimer m_clock;
+    QElapsedTimer m_workClock;
     NextRow m_next;
     // Last, so that their threads have ended before anything else goes.
     BackgroundRun<BlankCheck> m_blankCheck;

@@ -75,6 +75,7 @@ Result<void> SheetDriver::prepareRow()
 
 Result<void> SheetDriver::takeFolder()
 {
+    m_workClock.start();
     SheetPlan plan;
     m_pictures = m_next.handOver(m_outcome->source);
     if (m_pictures)
@@ -106,6 +107,8 @@ SheetPlan SheetDriver::plannedSheet() const
 Result<void> SheetDriver::usePlan(const SheetPlan &plan)
 {
     m_plan = plan.thumbnails;
+    m_outcome->interval = m_plan.interval;
+    m_outcome->intervalAsked = m_plan.askedInterval;
     m_retakes = {m_plan, m_pictures->folder(), read(workingRecord(), Keys::w_duration).value_or(0)};
     m_areBlanksSettled = false;
     if (auto possible = checkedPlan(plan, m_choices); !possible)

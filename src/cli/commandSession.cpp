@@ -1,7 +1,6 @@
 #include "cli/commandSession.h"
 
-#include "cli/jsonLines.h"
-#include "cli/recordText.h"
+#include "app/sheetDisplay.h"
 #include "sheet/extractionFolder.h"
 
 #include <QCoreApplication>
@@ -95,19 +94,22 @@ void CommandSession::rowAdded(int index)
     const size_t position = m_results.positionOf(readStr(record, Keys::srcPathStr));
     m_progress.clear();
     if (line().command == Command::plan)
-        m_results.printed(position, planResult(record));
+        m_results.planned(position, planned(row));
     else if (line().command == Command::analyse)
         m_results.printed(position, analysisResult(record));
 }
 
-QString CommandSession::planResult(const SourceDico &record)
+PlannedSource CommandSession::planned(const BatchEntry &row)
 {
-    const QString source = readStr(record, Keys::srcPathStr);
+    const SourceDico record = read(row, RowKeys::dico).value_or(Dico());
+    const RowChoices choices = choicesOf(row);
     const SheetTarget target = m_application.sheetDriver().plannedTarget(record, m_taken);
-    const int layout = chosenLayout();
-    const SheetPlan plan = planSheet(layout, SheetDriver::planningInput(record, layout),
-                                     plannedExtractionFolder(target.dstPath));
-    return line().isJson ? planJson(source, layout, plan) : planText(source, layout, plan);
+    PlannedSource planned{readStr(record, Keys::srcPathStr), choices.layout, {}, {}};
+    planned.plan = planSheet(choices.layout, SheetDriver::planningInput(record, choices.layout),
+                             plannedExtractionFolder(target.dstPath));
+    if (const Result<void> possible = checkedPlan(planned.plan, choices); !possible)
+        planned.reason = possible.reason();
+    return planned;
 }
 
 void CommandSession::analysisEnded()

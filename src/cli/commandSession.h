@@ -36,7 +36,7 @@ private:
     void batchEnded() override;
 
     void rowAdded(int index);
-    QString planResult(const SourceDico &record);
+    PlannedSource planned(const BatchEntry &row);
     void showProgress();
     void interrupt();
     void quit();

@@ -36,12 +36,15 @@ QString statusName(SheetOutcome::Status status)
     }
 }
 
-} // namespace
+QJsonValue orNull(int number)
+{
+    return number > 0 ? QJsonValue(number) : QJsonValue();
+}
 
-QString sheetJson(const SheetOutcome &outcome)
+QString sheetLine(const SheetOutcome &outcome, const QString &status)
 {
     QJsonObject object{{u"source"_s, outcome.source},
-                       {u"status"_s, statusName(outcome.status)},
+                       {u"status"_s, status},
                        {u"reason"_s, orNull(outcome.reason)},
                        {u"sheet"_s, orNull(outcome.sheet)},
                        {u"diskPicture"_s, orNull(outcome.diskPicture)},
@@ -49,6 +52,8 @@ QString sheetJson(const SheetOutcome &outcome)
                        {u"format"_s, sheetExtension(outcome.format)},
                        {u"thumbnails"_s, outcome.thumbnails},
                        {u"missing"_s, outcome.missing},
+                       {u"interval"_s, outcome.interval},
+                       {u"intervalAsked"_s, orNull(outcome.intervalAsked)},
                        {u"seconds"_s, outcome.seconds}};
     // Only where they were asked for.
     if (!outcome.sprite.isEmpty()) {
@@ -58,18 +63,16 @@ QString sheetJson(const SheetOutcome &outcome)
     return line(object);
 }
 
-QString refusedSheetJson(const QString &source, const QString &reason)
+} // namespace
+
+QString sheetJson(const SheetOutcome &outcome)
 {
-    return line({{u"source"_s, source},
-                 {u"status"_s, u"refused"_s},
-                 {u"reason"_s, reason},
-                 {u"sheet"_s, QJsonValue()},
-                 {u"diskPicture"_s, QJsonValue()},
-                 {u"layout"_s, QJsonValue()},
-                 {u"format"_s, QJsonValue()},
-                 {u"thumbnails"_s, 0},
-                 {u"missing"_s, 0},
-                 {u"seconds"_s, 0}});
+    return sheetLine(outcome, statusName(outcome.status));
+}
+
+QString refusedSheetJson(const SheetOutcome &outcome)
+{
+    return sheetLine(outcome, u"refused"_s);
 }
 
 QString analysedJson(const SourceDico &record)
@@ -88,23 +91,29 @@ QString refusedAnalysisJson(const QString &source, const QString &reason)
                  {u"record"_s, QJsonValue()}});
 }
 
-QString planJson(const QString &source, int layout, const SheetPlan &plan)
+QString planJson(const PlannedSource &planned)
 {
+    const SheetPlan &plan = planned.plan;
+    const bool isRefused = !planned.reason.isEmpty();
+    const QSize size = plan.thumbnails.size.expandedTo({0, 0});
     QJsonArray instants;
     for (const double instant : plan.thumbnails.instants)
         instants.append(instant);
-    const Dico &planned = plan.grabberPasses.isEmpty() ? plan.ffmpegPasses : plan.grabberPasses;
+    const Dico &arguments = plan.grabberPasses.isEmpty() ? plan.ffmpegPasses : plan.grabberPasses;
     QJsonArray passes;
-    for (int index = 0; index < planned.size(); ++index)
+    for (int index = 0; index < arguments.size(); ++index)
         passes.append(
-            QJsonArray::fromStringList(planned.value(QString::number(index)).toStringList()));
-    return line({{u"source"_s, source},
-                 {u"layout"_s, layoutName(layout)},
-                 {u"columns"_s, layoutGrid(layout).columns},
+            QJsonArray::fromStringList(arguments.value(QString::number(index)).toStringList()));
+    return line({{u"source"_s, planned.source},
+                 {u"status"_s, isRefused ? u"refused"_s : u"planned"_s},
+                 {u"reason"_s, orNull(planned.reason)},
+                 {u"layout"_s, layoutName(planned.layout)},
+                 {u"columns"_s, layoutGrid(planned.layout).columns},
                  {u"thumbnails"_s, plan.thumbnails.count},
                  {u"interval"_s, plan.thumbnails.interval},
-                 {u"width"_s, plan.thumbnails.size.width()},
-                 {u"height"_s, plan.thumbnails.size.height()},
+                 {u"intervalAsked"_s, orNull(plan.thumbnails.askedInterval)},
+                 {u"width"_s, size.width()},
+                 {u"height"_s, size.height()},
                  {u"instants"_s, instants},
                  {u"timecodes"_s, QJsonArray::fromStringList(plan.thumbnails.timecodes)},
                  {u"passes"_s, passes}});

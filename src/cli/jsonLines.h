@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/outlets.h"
-#include "sheet/thumbnailPlan.h"
+#include "cli/recordText.h"
 
 #include <QString>
 
@@ -10,9 +10,10 @@ namespace vignar
 
 /// The objects of --json, each on one line. Absent values are null.
 QString sheetJson(const SheetOutcome &outcome);
-QString refusedSheetJson(const QString &source, const QString &reason);
+/// Of a source that was not taken into the list.
+QString refusedSheetJson(const SheetOutcome &outcome);
 QString analysedJson(const SourceDico &record);
 QString refusedAnalysisJson(const QString &source, const QString &reason);
-QString planJson(const QString &source, int layout, const SheetPlan &plan);
+QString planJson(const PlannedSource &planned);
 
 } // namespace vignar

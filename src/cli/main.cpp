@@ -1,6 +1,7 @@
 #include "classShared/lineLog.h"
 #include "cli/commandLine.h"
 #include "cli/commandRun.h"
+#include "cli/results.h"
 #include "cli/terminal.h"
 #include "cli/terminalAlerts.h"
 #include "cli/worker.h"
@@ -98,6 +99,15 @@ bool holdsPreferences(const QString &path)
     return file.open(QIODevice::ReadOnly) && QJsonDocument::fromJson(file.readAll()).isObject();
 }
 
+/// Prints what was asked for instead of any work.
+int answer(const QString &text)
+{
+    const Result<void> printed = printResult(text);
+    if (!printed)
+        ProgressLine().print(lostResults(printed.reason()));
+    return printed ? allMade : someFailed;
+}
+
 int complain(const QString &fault)
 {
     ProgressLine().print(u"vignar-cli: %1"_s.arg(fault));
@@ -148,14 +158,13 @@ int main(int argc, char **argv)
     std::signal(SIGPIPE, SIG_IGN);
     // A write past the user's limit of file sizes fails, and is told as that.
     std::signal(SIGXFSZ, SIG_IGN);
+    replaceClosedStreams();
     const QStringList typed = argumentsAfterProgram(argc, argv);
     const Result<CommandLine> line = parseCommandLine(typed);
     if (!line)
         return complain(line.reason());
-    if (line->isVersion) {
-        std::puts("vignar-cli " VIGNAR_VERSION);
-        return allMade;
-    }
+    if (line->isVersion)
+        return answer(QStringLiteral("vignar-cli " VIGNAR_VERSION));
     if (!line->preferenceFile.isEmpty() && !holdsPreferences(line->preferenceFile))
         return complain(u"the preferences '%1' cannot be read"_s.arg(line->preferenceFile));
 
@@ -173,9 +182,7 @@ int main(int argc, char **argv)
     QGuiApplication::setApplicationName(u"vignar-cli"_s);
     QGuiApplication::setQuitOnLastWindowClosed(false);
 
-    if (line->isHelp) {
-        printResult(helpText().trimmed());
-        return allMade;
-    }
+    if (line->isHelp)
+        return answer(helpText().trimmed());
     return runCommand(*line, typed);
 }

@@ -162,16 +162,16 @@ QString recordText(const SourceDico &record)
     return lines.join(u'\n');
 }
 
-QString planText(const QString &source, int layout, const SheetPlan &plan)
+QString planText(const PlannedSource &planned)
 {
-    const ThumbnailPlan &thumbnails = plan.thumbnails;
-    QStringList lines{printable(source),
+    const ThumbnailPlan &thumbnails = planned.plan.thumbnails;
+    QStringList lines{printable(planned.source),
                       u"  %1 thumbnails of %2x%3 pixels, layout %4 (%5 columns), every %6 s"_s
                           .arg(thumbnails.count)
                           .arg(thumbnails.size.width())
                           .arg(thumbnails.size.height())
-                          .arg(layoutName(layout))
-                          .arg(layoutGrid(layout).columns)
+                          .arg(layoutName(planned.layout))
+                          .arg(layoutGrid(planned.layout).columns)
                           .arg(thumbnails.interval, 0, 'f', 2)};
     for (size_t index = 0; index < thumbnails.instants.size(); ++index)
         lines.append(u"  %1  %2 s  %3"_s.arg(index, 2)

@@ -1,7 +1,8 @@
 #include "cli/results.h"
 
+#include "app/rowChoices.h"
 #include "classShared/format.h"
-#include "cli/jsonLines.h"
+#include "cli/recordText.h"
 #include "cli/terminal.h"
 #include "settings/stringTables.h"
 
@@ -10,8 +11,32 @@ namespace vignar
 
 using namespace Qt::StringLiterals;
 
+using Command = CommandLine::Command;
+
+namespace
+{
+
+bool isOtherInterval(int asked, double interval)
+{
+    return asked > 0 && asked != interval;
+}
+
+/// Says that the pictures are further apart than was asked for, and what decides that.
+QString otherInterval(int layout, int asked, double interval, int count)
+{
+    return filled(localised(u"V_note_interval"_s), asked, count, QString::number(interval, 'g', 6),
+                  QString(limitKey(layout)));
+}
+
+} // namespace
+
+QString lostResults(const QString &reason)
+{
+    return u"vignar-cli: results cannot be written to standard output: %1"_s.arg(reason);
+}
+
 Results::Results(const CommandLine &line, ProgressLine &progress, const QStringList &sources)
-    : m_line(line), m_progress(progress), m_texts(size_t(sources.size()))
+    : m_screen(line), m_progress(progress), m_texts(size_t(sources.size()))
 {
     for (qsizetype position = 0; position < sources.size(); ++position)
         m_positions.insert(sources[position], size_t(position));
@@ -25,17 +50,36 @@ size_t Results::positionOf(const QString &source) const
 void Results::refused(size_t position, const QString &source, const QString &reason)
 {
     complain(source, reason);
-    if (!m_line.isJson)
+    if (!m_screen.line().isJson)
         return leftOut(position);
-    const bool isSheet = m_line.command == CommandLine::Command::sheet;
-    settle(position,
-           isSheet ? refusedSheetJson(source, reason) : refusedAnalysisJson(source, reason));
+    switch (m_screen.line().command) {
+    case Command::sheet:
+        return settle(position, refusedSheetJson(m_screen.failure(source, reason)));
+    case Command::plan:
+        return settle(position, planJson({source, m_screen.chosenLayout(), {}, reason}));
+    default:
+        settle(position, refusedAnalysisJson(source, reason));
+    }
+}
+
+void Results::planned(size_t position, const PlannedSource &planned)
+{
+    const ThumbnailPlan &thumbnails = planned.plan.thumbnails;
+    if (!planned.reason.isEmpty())
+        complain(planned.source, planned.reason);
+    else if (isOtherInterval(thumbnails.askedInterval, thumbnails.interval))
+        note(planned.source, otherInterval(planned.layout, thumbnails.askedInterval,
+                                           thumbnails.interval, thumbnails.count));
+    if (m_screen.line().isJson)
+        settle(position, planJson(planned));
+    else
+        settle(position, planned.reason.isEmpty() ? planText(planned) : QString());
 }
 
 void Results::finished(size_t position, const SheetOutcome &outcome)
 {
     tell(outcome);
-    if (m_line.isJson)
+    if (m_screen.line().isJson)
         settle(position, sheetJson(outcome));
     else
         settle(position, outcome.sheet.isEmpty() ? QString() : outcome.sheet);
@@ -54,26 +98,32 @@ void Results::leftOut(size_t position)
 void Results::tell(const SheetOutcome &outcome)
 {
     using Status = SheetOutcome::Status;
-    const auto note = [&](const QString &text) {
-        m_progress.print(u"vignar-cli: %1: %2"_s.arg(outcome.source, text));
-    };
+    const QString &source = outcome.source;
     if (outcome.status == Status::kept)
-        return note(outcome.reason);
+        return note(source, outcome.reason);
     if (outcome.status != Status::made)
-        return complain(outcome.source, outcome.reason);
+        return complain(source, outcome.reason);
+    const int planned = outcome.missing + outcome.thumbnails;
+    if (isOtherInterval(outcome.intervalAsked, outcome.interval))
+        note(source,
+             otherInterval(outcome.layout, outcome.intervalAsked, outcome.interval, planned));
     if (outcome.missing > 0)
-        note(u"%1 of %2 thumbnails could not be extracted"_s.arg(outcome.missing)
-                 .arg(outcome.missing + outcome.thumbnails));
+        note(source, filled(localised(u"V_reason_missingThumbnails"_s), outcome.missing, planned));
     if (outcome.isDiskPictureKept)
-        note(filled(localised(u"V_reason_diskPictureKept"_s), outcome.diskPicture));
+        note(source, filled(localised(u"V_reason_diskPictureKept"_s), outcome.diskPicture));
     if (!outcome.previewNote.isEmpty())
-        note(outcome.previewNote);
+        note(source, outcome.previewNote);
+}
+
+void Results::note(const QString &source, const QString &text)
+{
+    m_progress.print(u"vignar-cli: %1: %2"_s.arg(source, text));
 }
 
 void Results::complain(const QString &source, const QString &reason)
 {
     m_hasFailure = true;
-    m_progress.print(u"vignar-cli: %1: %2"_s.arg(source, reason));
+    note(source, reason);
 }
 
 void Results::settle(size_t position, const QString &text)
@@ -97,7 +147,11 @@ void Results::print(const QString &text)
     if (text.isNull())
         return;
     m_progress.clear();
-    printResult(text);
+    const Result<void> printed = printResult(text);
+    if (printed || std::exchange(m_isOutputLost, true))
+        return;
+    m_hasFailure = true;
+    m_progress.print(lostResults(printed.reason()));
 }
 
 } // namespace vignar

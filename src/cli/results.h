@@ -1,7 +1,8 @@
 #pragma once
 
 #include "app/outlets.h"
-#include "cli/commandLine.h"
+#include "cli/commandScreen.h"
+#include "cli/jsonLines.h"
 
 #include <QHash>
 #include <QStringList>
@@ -13,6 +14,9 @@ namespace vignar
 {
 
 class ProgressLine;
+
+/// What is said where standard output takes no results.
+QString lostResults(const QString &reason);
 
 /// Tells what becomes of the sources. Complaints go to standard error at once; results go
 /// to standard output in the order of the sources, each as soon as those before it are
@@ -28,6 +32,7 @@ public:
     // Each settles a source for good.
     void refused(size_t position, const QString &source, const QString &reason);
     void finished(size_t position, const SheetOutcome &outcome);
+    void planned(size_t position, const PlannedSource &planned);
     void printed(size_t position, const QString &text);
     /// Nothing is printed of it.
     void leftOut(size_t position);
@@ -38,18 +43,20 @@ public:
     bool hasFailure() const { return m_hasFailure; }
 
 private:
+    void note(const QString &source, const QString &text);
     void complain(const QString &source, const QString &reason);
     void tell(const SheetOutcome &outcome);
     void settle(size_t position, const QString &text);
     void print(const QString &text);
 
-    const CommandLine m_line;
+    const CommandScreen m_screen;
     ProgressLine &m_progress;
     QHash<QString, size_t> m_positions;
     /// What is to be printed of each source; null texts print nothing.
     std::vector<std::optional<QString>> m_texts;
     size_t m_next = 0;
     bool m_hasFailure = false;
+    bool m_isOutputLost = false;
 };
 
 } // namespace vignar

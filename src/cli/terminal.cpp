@@ -1,5 +1,9 @@
 #include "cli/terminal.h"
 
+#include <cerrno>
+#include <cstring>
+
+#include <fcntl.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -19,11 +23,12 @@ int terminalColumns()
                                                                            : usualColumns;
 }
 
-void writeTo(FILE *stream, const QString &text)
+bool writeTo(FILE *stream, const QString &text)
 {
     const QByteArray bytes = text.toUtf8();
-    std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stream);
-    std::fflush(stream);
+    const auto length = static_cast<size_t>(bytes.size());
+    const bool isTaken = std::fwrite(bytes.constData(), 1, length, stream) == length;
+    return std::fflush(stream) == 0 && isTaken;
 }
 
 } // namespace
@@ -39,9 +44,20 @@ QString printable(const QString &text)
     return clean;
 }
 
-void printResult(const QString &line)
+Result<void> printResult(const QString &line)
 {
-    writeTo(stdout, line + u'\n');
+    if (writeTo(stdout, line + u'\n'))
+        return {};
+    return Failure{QString::fromLocal8Bit(std::strerror(errno))};
+}
+
+void replaceClosedStreams()
+{
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (::fcntl(stream, F_GETFD) < 0)
+            // The lowest free number is the one that is missing.
+            ::open("/dev/null", O_RDONLY);
+    }
 }
 
 ProgressLine::ProgressLine() : m_isTerminal(isatty(STDERR_FILENO)) {}

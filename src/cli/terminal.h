@@ -1,5 +1,7 @@
 #pragma once
 
+#include "classShared/result.h"
+
 #include <QString>
 
 #include <cstdio>
@@ -11,8 +13,13 @@ namespace vignar
 /// terminal.
 QString printable(const QString &text);
 
-/// Writes a line of results to standard output, flushed.
-void printResult(const QString &line);
+/// Writes a line of results to standard output, flushed; the system's words where that
+/// fails.
+Result<void> printResult(const QString &line);
+
+/// Puts something in the place of standard streams that are closed, so that no file that is
+/// opened later takes their numbers and what is meant for them. Writing still fails.
+void replaceClosedStreams();
 
 /// One line of progress on standard error: rewritten in place on a terminal, otherwise
 /// only lines that stay are written.

@@ -122,9 +122,8 @@ void Worker::make(int number)
     batch.setRecord(0, record);
     if (m_application->iba_batchGoBt())
         return;
-    sheetFinished({.source = batch.sourcePath(0),
-                   .reason = filled(localised(u"V_reason_destination"_s),
-                                    QDir::cleanPath(destinationField()))});
+    sheetFinished(failure(batch.sourcePath(0), filled(localised(u"V_reason_destination"_s),
+                                                      QDir::cleanPath(destinationField()))));
     done();
 }
 

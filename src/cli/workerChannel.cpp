@@ -16,7 +16,8 @@ WorkerChannel::WorkerChannel() : m_notifier(STDIN_FILENO, QSocketNotifier::Read)
 
 void WorkerChannel::say(const Dico &message)
 {
-    printResult(QString::fromUtf8(messageLine(message)));
+    // A program that is gone has closed our input as well, which ends us.
+    (void)printResult(QString::fromUtf8(messageLine(message)));
 }
 
 void WorkerChannel::readAvailable()

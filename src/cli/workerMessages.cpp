@@ -60,6 +60,8 @@ void visitOutcome(Outcome &outcome, Visitor visit)
     visit("format", outcome.format);
     visit("thumbnails", outcome.thumbnails);
     visit("missing", outcome.missing);
+    visit("interval", outcome.interval);
+    visit("intervalAsked", outcome.intervalAsked);
     visit("seconds", outcome.seconds);
 }
 

@@ -92,6 +92,7 @@ void planCount(ThumbnailPlan &plan, int layout, int seconds, const SourceDico &s
     logVerbose(u"(derush#0)   outInt #%ld -> %ld thumbs (src:%@)", layout, count, file);
     if (const int interval = fixedInterval(source); interval > 0) {
         logLine(u"thDerush            : each %@''", interval);
+        plan.askedInterval = interval;
         const auto fixed = fixedCount(seconds, interval, count);
         plan.isCountFixed = fixed.has_value();
         count = fixed.value_or(count);

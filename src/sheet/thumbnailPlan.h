@@ -25,6 +25,9 @@ struct ThumbnailPlan {
     bool isCountFixed = false;
     /// Seconds between two instants.
     double interval = 0;
+    /// Those that were asked for; 0: none. They do not hold where they would make more
+    /// pictures than the sheet may have.
+    int askedInterval = 0;
     /// Seconds from the start of the source, never descending: those of a short source
     /// may coincide at its end.
     std::vector<double> instants;

@@ -29,6 +29,11 @@ private Q_SLOTS:
     void analysePrintsTheRecord();
     void interruptLeavesNothing();
     void wrongArgumentsAndMissingDestination();
+    void tellsWhatCannotBeMadeBeforeItIsBegun_data();
+    void tellsWhatCannotBeMadeBeforeItIsBegun();
+    void tellsOfAnotherInterval();
+    void lostResultsAreAFailure_data();
+    void lostResultsAreAFailure();
 
 private:
     QTemporaryDir m_clips;
@@ -146,6 +151,97 @@ void TestProgram::wrongArgumentsAndMissingDestination()
     QCOMPARE(run.status, 1);
     QCOMPARE(run.lines.value(0)[u"status"_s], u"failed"_s);
     QVERIFY(!QFile::exists(missing));
+    // The key's range comes before anything is begun.
+    const ProgramRun outside = runVignar(
+        {u"sheet"_s, u"-o"_s, m_out->path(), u"--set"_s, u"prefComputerWidth=60000"_s, m_clip});
+    QCOMPARE(outside.status, 2);
+    QCOMPARE(outside.errors.count(u"prefComputerWidth must be"_s), 1);
+    QVERIFY(filesUnder(m_out->path()).isEmpty());
+}
+
+void TestProgram::tellsWhatCannotBeMadeBeforeItIsBegun_data()
+{
+    QTest::addColumn<QString>("options");
+    QTest::addColumn<QString>("layout");
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("not a row of the layout")
+        << u"-l min --thumbs 4"_s << u"min"_s << u"does not fill one row"_s;
+    QTest::newRow("too large")
+        << u"-l big --thumbs 600 --set prefComputerWidthAuto=0 --set prefComputerWidth=7680"_s
+        << u"big"_s << u"7680 × "_s;
+    QTest::newRow("not a video") << u"-l med"_s << u"med"_s << u"no decoder"_s;
+}
+
+void TestProgram::tellsWhatCannotBeMadeBeforeItIsBegun()
+{
+    QFETCH(QString, options);
+    QFETCH(QString, layout);
+    QFETCH(QString, reason);
+    const QString source = reason == u"no decoder" ? m_clips.filePath(u"text.mp4"_s) : m_clip;
+    const QStringList arguments = QStringList{u"--json"_s, u"-o"_s, m_out->path()} +
+                                  options.split(u' ') +
+                                  QStringList{u"--set"_s, u"prefSheetFormat=png"_s, source};
+    for (const QStringList &command :
+         {QStringList{u"plan"_s}, QStringList{u"sheet"_s, u"--jobs"_s, u"1"_s}}) {
+        const ProgramRun run = runVignar(command + arguments);
+        QCOMPARE(run.status, 1);
+        QCOMPARE(run.lines.size(), 1);
+        const QJsonObject told = run.lines[0];
+        QVERIFY(told[u"reason"_s].toString().contains(reason));
+        QCOMPARE(told[u"layout"_s], layout);
+        QCOMPARE(told[u"source"_s], source);
+        const bool isPlan = command[0] == u"plan";
+        QCOMPARE(told[u"status"_s], isPlan || reason == u"no decoder" ? u"refused"_s : u"failed"_s);
+        QVERIFY(isPlan || told[u"format"_s] == u"png"_s);
+        QCOMPARE(run.errors.count(source + u": "_s), 1);
+    }
+    QVERIFY(filesUnder(m_out->path()).isEmpty());
+}
+
+void TestProgram::tellsOfAnotherInterval()
+{
+    const QStringList often{u"--json"_s, u"-o"_s,      m_out->path(), u"-l"_s,
+                            u"min"_s,    u"--every"_s, u"2"_s,        m_clip};
+    for (const QString &command : {u"plan"_s, u"sheet"_s}) {
+        const ProgramRun run = runVignar(QStringList{command} + often);
+        QCOMPARE(run.status, 0);
+        QCOMPARE(run.lines.value(0)[u"thumbnails"_s], 12);
+        QCOMPARE(run.lines.value(0)[u"interval"_s], 2.5);
+        QCOMPARE(run.lines.value(0)[u"intervalAsked"_s], 2);
+        QCOMPARE(run.errors.count(u"prefLimitMin"_s), 1);
+    }
+    const ProgramRun allowed = runVignar(QStringList{u"plan"_s, u"--thumbs"_s, u"30"_s} + often);
+    QCOMPARE(allowed.lines.value(0)[u"interval"_s], 2);
+    QVERIFY2(allowed.errors.isEmpty(), qPrintable(allowed.errors));
+}
+
+void TestProgram::lostResultsAreAFailure_data()
+{
+    QTest::addColumn<QString>("command");
+    QTest::addColumn<QString>("output");
+    for (const char *output : {"> /dev/full", ">&-", "| :"}) {
+        QTest::addRow("sheet %s", output) << u"sheet --jobs 1"_s << QString::fromLatin1(output);
+        QTest::addRow("analyse %s", output) << u"analyse --jobs 1"_s << QString::fromLatin1(output);
+    }
+    QTest::newRow("help") << u"--help"_s << u"> /dev/full"_s;
+    QTest::newRow("version, closed") << u"--version"_s << u">&-"_s;
+}
+
+void TestProgram::lostResultsAreAFailure()
+{
+    QFETCH(QString, command);
+    QFETCH(QString, output);
+    const bool isSheet = command.startsWith(u"sheet");
+    const QString options = isSheet ? u"-o \"$2\" \"$3\""_s : u"\"$3\""_s;
+    QProcess shell;
+    shell.start(u"bash"_s,
+                {u"-c"_s, u"\"$1\" %1 %2 %3; exit ${PIPESTATUS[0]}"_s.arg(command, options, output),
+                 u"bash"_s, QStringLiteral(VIGNAR_CLI), m_out->path(), m_clip});
+    const ProgramRun run = finished(shell);
+    QCOMPARE(run.status, 1);
+    QCOMPARE(run.errors.count(u"standard output"_s), 1);
+    // What was to be made is there all the same.
+    QCOMPARE(filesUnder(m_out->path()).isEmpty(), !isSheet);
 }
 
 QTEST_GUILESS_MAIN(TestProgram)

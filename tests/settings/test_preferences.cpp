@@ -320,7 +320,7 @@ private Q_SLOTS:
         setSharedPreferenceStore(
             std::make_unique<MemoryPreferenceStore>(Dico{{Prefs::prefComputerWidth, 60000},
                                                          {Prefs::prefDerushInterval, -1},
-                                                         {Prefs::pageBkgColor, u"red"_s},
+                                                         {Prefs::pageBkgColor, u"scarlet"_s},
                                                          {Prefs::prefBorderSize, 2},
                                                          {Prefs::prefSuffix, u"s"_s.repeated(300)},
                                                          {RunKeys::replaceFilesCheck, 7}}));
