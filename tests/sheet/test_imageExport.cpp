@@ -202,6 +202,8 @@ private Q_SLOTS:
     {
         for (const double factor : {-1.0, 0.0, 1.1, 0.9})
             QCOMPARE(jpegQuality(factor), 90);
+        for (const int quality : {1, 30, 89, 100})
+            QCOMPARE(jpegQuality(quality / 100.0), quality);
         const QImage image = halves({60, 60});
         QVERIFY(imgExport(image, at(u"fine.jpg"_s), 1) && imgExport(image, at(u"poor.jpg"_s), 0.3));
         QVERIFY(contentOf(at(u"fine.jpg"_s)).size() > contentOf(at(u"poor.jpg"_s)).size());

@@ -215,8 +215,9 @@ private Q_SLOTS:
         write(source, Keys::thNumberInt, 2);
         const SheetPlan none = planSheet(medLayout, source, u"/o"_s);
         QVERIFY(none.ffmpegPasses.isEmpty() && !none.display.isEmpty());
-        write(source, Keys::thNumberInt, 16);
         write(source, Keys::decSkip, 1);
+        QVERIFY(planSheet(medLayout, source, u"/o"_s).grabberPasses.isEmpty());
+        write(source, Keys::thNumberInt, 16);
         const SheetPlan byGrabber = planSheet(medLayout, source, u"/o"_s);
         QVERIFY(byGrabber.ffmpegPasses.isEmpty() && byGrabber.grabberPasses.size() == 1);
         QVERIFY(usesMovieGrabber({{Keys::dec, 0}}) && !usesMovieGrabber({{Keys::decSkip, 0}}));
