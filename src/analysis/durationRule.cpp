@@ -23,8 +23,10 @@ constexpr double sameDuration = 2.0;
 /// Files below this many kilobytes are read through; larger ones take too long.
 constexpr double measurableWithDemultiplexer = 512000;
 constexpr double measurable = 153600;
-/// Taken where the container states no bit rate.
-constexpr double assumedBitrate = 80640;
+/// The most that a DVD carries, in kb/s. A stated bit rate above it comes from a duration that
+/// is too short: ffmpeg divides the size by the duration.
+constexpr double highestDvdBitrate = 10080;
+constexpr double bitsPerByte = 8;
 
 /// Bits a pixel below which the duration of a transport stream is doubted.
 constexpr double leastBitsPerPixel = 0.01;
@@ -94,9 +96,10 @@ CheckedDuration checkedDvdDuration(double seconds, const DvdFile &file)
         const int measured = file.measure ? file.measure() : 0;
         return {.seconds = measured > 1 ? measured : seconds};
     }
-    const double bitrate = file.bitrate.value_or(assumedBitrate);
-    const double estimate = std::trunc(file.kilobytes / (bitrate > 0 ? bitrate : assumedBitrate));
-    if (estimate > seconds)
+    // At its highest rate the file lasts at least so long; the average is about half that rate.
+    const double estimate = std::trunc(bitsPerByte * file.kilobytes / highestDvdBitrate);
+    const bool isPossible = file.bitrate > 0 && file.bitrate <= highestDvdBitrate;
+    if (!isPossible && estimate > seconds)
         return {.seconds = 2 * estimate, .isTimecodeBroken = true};
     return {.seconds = seconds};
 }
@@ -105,7 +108,7 @@ double checkedTransportDuration(double seconds, const TransportStream &stream)
 {
     const double pixels = seconds * stream.fps * stream.size.width() * stream.size.height();
     const bool isDoubtful = pixels > 0 && 8.0 * double(stream.bytes) < leastBitsPerPixel * pixels;
-    if (!isDoubtful || !stream.measure || double(stream.bytes) > 1000 * measurableWithDemultiplexer)
+    if (!isDoubtful || !stream.measure || stream.bytes > mostMeasuredBytes)
         return seconds;
     const int measured = stream.measure();
     return measured > 1 && seconds - measured >= sameDuration ? measured : seconds;

@@ -10,6 +10,10 @@
 namespace vignar
 {
 
+/// The most that is read of a source to measure its duration: 512 MB, some seconds from a
+/// disk.
+inline constexpr qint64 mostMeasuredBytes = 512'000'000;
+
 /// The durations that the readers state, in seconds; invalid where one is silent.
 struct DurationClaims {
     QVariant mp;
@@ -43,6 +47,9 @@ struct CheckedDuration {
     bool isTimecodeBroken = false;
 };
 
+/// Below 150 MB (512 MB with a demultiplexer of its own) the file is measured. Of a larger one
+/// whose bit rate no DVD can have, the duration is twice what the file lasts at the highest
+/// rate of a DVD, if that is more than stated.
 CheckedDuration checkedDvdDuration(double seconds, const DvdFile &file);
 
 /// A transport stream as far as it speaks for its duration.

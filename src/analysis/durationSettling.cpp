@@ -7,6 +7,9 @@
 
 #include <QFileInfo>
 
+#include <algorithm>
+#include <cmath>
+
 using namespace Qt::StringLiterals;
 
 namespace vignar
@@ -14,14 +17,31 @@ namespace vignar
 namespace
 {
 
-void measureShortDuration(Dico &record, const DurationContext &context)
+/// Seconds of the source, 1 or below when they cannot be measured. Of a larger file its head
+/// is measured, and the rest taken to be like it.
+double measuredSeconds(const DurationContext &context)
 {
-    // Bare streams, and recordings whose end was never written, state no duration, or
-    // that of their last pictures alone.
-    if (!context.measure || read(record, Keys::w_duration).value_or(0) >= 1)
+    const qint64 bytes = QFileInfo(context.srcPath).size();
+    if (bytes <= mostMeasuredBytes)
+        return context.measure ? context.measure() : 0;
+    const int head = context.measureHead ? context.measureHead(mostMeasuredBytes) : 0;
+    return head > 1 ? std::trunc(double(head) * double(bytes) / double(mostMeasuredBytes)) : 0;
+}
+
+/// Bare streams, and recordings whose end was never written, state no duration, that of
+/// their last pictures alone, or one that ffmpeg has guessed.
+void measureDoubtfulDuration(Dico &record, const DurationContext &context)
+{
+    const auto stated = read(record, Keys::w_duration);
+    if (stated >= 1 && !context.isGuess)
         return;
-    if (const int measured = context.measure(); measured > 1)
+    if (const double measured = measuredSeconds(context); measured > 1) {
         write(record, Keys::w_duration, measured);
+    } else if (stated > 0) {
+        write(record, Keys::w_duration, std::max(1.0, *stated));
+    } else {
+        remove(record, Keys::w_duration);
+    }
 }
 
 void fallBackToOneSecond(Dico &record, const DurationContext &context)
@@ -71,7 +91,7 @@ void checkTransport(Dico &record, const DurationContext &context)
 
 void settleDuration(Dico &record, const DurationContext &context)
 {
-    measureShortDuration(record, context);
+    measureDoubtfulDuration(record, context);
     if (!contains(record, Keys::w_duration))
         fallBackToOneSecond(record, context);
     if (isDvdExtension(QFileInfo(context.srcPath).suffix().toLower()))

@@ -14,9 +14,13 @@ struct DurationContext {
     /// One of the decoders can read the source.
     bool isUsable = true;
     bool hasMpeg2Demultiplexer = false;
+    /// ffmpeg guessed the stated duration from a bit rate.
+    bool isGuess = false;
     /// Reads the stream through and answers its seconds, 1 or below on failure; empty where
     /// that is not possible.
     std::function<int()> measure;
+    /// The same, of so many bytes at the beginning.
+    std::function<int(qint64 bytes)> measureHead;
     NoticeOutlet notify = &showNotice;
 };
 

@@ -65,6 +65,17 @@ QString decodedSound(const QString &srcPath, const QString &format)
     return text;
 }
 
+/// input: the options by which ffmpeg is to open the source.
+int durationOfInput(const QString &srcPath, const QStringList &input)
+{
+    if (!pathExists(srcPath))
+        return 1;
+    const QStringList arguments = input + QStringList{u"-c:v"_s, u"copy"_s, u"-an"_s};
+    const QString text =
+        ffmpegText(arguments + toNowhere(), std::chrono::milliseconds(blockingRunLimitMs));
+    return durationM2vFromText(ownWords(text, srcPath));
+}
+
 } // namespace
 
 bool isFfmpegVsync(const QString &srcPath, const QString &report, const QString &forcedFormat)
@@ -97,12 +108,13 @@ QString ffVfIdet(const QString &srcPath)
 
 int durationM2v(const QString &srcPath)
 {
-    if (!pathExists(srcPath))
-        return 1;
-    const QStringList arguments{u"-i"_s, srcPath, u"-c:v"_s, u"copy"_s, u"-an"_s};
-    const QString text =
-        ffmpegText(arguments + toNowhere(), std::chrono::milliseconds(blockingRunLimitMs));
-    return durationM2vFromText(ownWords(text, srcPath));
+    return durationOfInput(srcPath, {u"-i"_s, srcPath});
+}
+
+int durationOfHead(const QString &srcPath, qint64 bytes)
+{
+    const QString head = u"subfile,,start,0,end,%1,,:%2"_s.arg(QString::number(bytes), srcPath);
+    return durationOfInput(srcPath, {u"-protocol_whitelist"_s, u"file,subfile"_s, u"-i"_s, head});
 }
 
 bool isFfmpegSuccessAudio(const QString &srcPath)

@@ -29,6 +29,9 @@ QString ffVfIdet(const QString &srcPath);
 /// without decoding it; a file that takes longer than blockingRunLimitMs counts as a failure.
 int durationM2v(const QString &srcPath);
 
+/// The same of the first bytes of a source that plays from its beginning on.
+int durationOfHead(const QString &srcPath, qint64 bytes);
+
 /// True when ffmpeg has nothing to complain of (isFfmpegSuccess()) while it decodes 5 seconds
 /// of sound, if need be with the format of forceFormat(). So it has of a source without sound.
 bool isFfmpegSuccessAudio(const QString &srcPath);

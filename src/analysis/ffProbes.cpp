@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 #include <map>
 
 using namespace Qt::StringLiterals;
@@ -52,8 +53,8 @@ double timeBaseOf(const QList<QStringView> &pieces)
 std::optional<TracedStream> tracedStream(QStringView line)
 {
     const StreamType type = streamType(line);
-    if (!isStreamLine(line) || type == StreamType::attachedPicture || line.contains(u" -> ") ||
-        line.contains(u"rawvideo"))
+    if (type == StreamType::other || type == StreamType::attachedPicture ||
+        line.contains(u" -> ") || line.contains(u"rawvideo"))
         return std::nullopt;
     const QList<QStringView> pieces = line.split(u", ");
     const QChar letter = type == StreamType::video ? u'v' : type == StreamType::audio ? u'a' : u's';
@@ -82,14 +83,16 @@ QList<TracedStream> inputStreams(const QStringList &lines)
     return streams;
 }
 
-/// The packet's time in units of its stream's time base, when it has a positive one.
-/// An unknown time is "NOPTS" or the lowest number there is.
+/// The packet's time in units of its stream's time base, when it is known: "NOPTS" and the
+/// lowest number there is say that it is not. What lies before 0 leads a decoder in, and
+/// is not played.
 std::optional<double> packetTime(QStringView trace)
 {
     for (const QStringView mark : {QStringView(u"pts="), QStringView(u"dts=")}) {
-        const qlonglong time = textBefore(textAfter(trace, mark), u", ").toLongLong();
-        if (time > 0)
-            return double(time);
+        bool isNumber = false;
+        const qlonglong time = textBefore(textAfter(trace, mark), u", ").toLongLong(&isNumber);
+        if (isNumber && time != std::numeric_limits<qlonglong>::min())
+            return double(std::max(0LL, time));
     }
     return std::nullopt;
 }
@@ -120,6 +123,26 @@ int countAfter(QStringView line, QStringView mark)
     return leadingInt(textAfter(line, mark));
 }
 
+/// Seconds that a progress line states.
+float progressTime(QStringView line)
+{
+    QStringView text = textBefore(textAfter(line, u"time="), u" ");
+    // The sign of "-00:00:00.07" must not get lost with its hours.
+    const bool isNegative = text.startsWith(u'-');
+    const QString time = text.sliced(isNegative ? 1 : 0).toString();
+    const float seconds = time.contains(u':') ? timecodeStr2Float(time) : str2Float(time);
+    return isNegative ? -seconds : seconds;
+}
+
+/// Seconds that the last of the pictures is shown: as long as the others on average, and at
+/// most one. ffmpeg's times are those at which the pictures begin, cut to hundredths.
+float lastPicture(QStringView line, float span)
+{
+    constexpr float cutOff = 0.02F;
+    const int pictures = line.contains(u"frame=") ? countAfter(line, u"frame=") : 0;
+    return pictures < 2 ? 0.0F : std::min(1.0F, span / float(pictures - 1)) + cutOff;
+}
+
 } // namespace
 
 bool isFfmpegVsyncText(const QString &text)
@@ -144,11 +167,16 @@ QString idetFieldOrder(const QString &text)
 
 int durationM2vFromText(const QString &text)
 {
-    const QString line =
-        lastLine(text, [](const QString &candidate) { return candidate.contains(u"time="); });
-    const QString time = textBefore(textAfter(line, u"time="), u" ").toString();
-    const float seconds = time.contains(u':') ? timecodeStr2Float(time) : str2Float(time);
-    return std::max(1, truncatedTo<int>(seconds));
+    const auto isProgress = [](const QString &line) { return line.contains(u"time="); };
+    const QStringList lines = reportLines(text);
+    const auto first = std::ranges::find_if(lines, isProgress);
+    const QString last = lastLine(text, isProgress);
+    const float end = progressTime(last);
+    if (!(end > 0))
+        return 1;
+    // Pictures that are shown later than they are decoded begin before 0.
+    const float span = end - std::min(0.0F, progressTime(*first));
+    return std::max(1, truncatedTo<int>(span + lastPicture(last, span)));
 }
 
 std::optional<Dico> ptsDtsOffsetMs(const QString &report)

@@ -21,15 +21,16 @@ bool isFfmpegVsyncText(const QString &text);
 /// filter printed; null when the frames of the pass do not decide.
 QString idetFieldOrder(const QString &text);
 
-/// Seconds that ffmpeg had read according to its last progress line, truncated. A source
-/// of less than a second counts as one, as in the report: 0 would read as unknown.
+/// Seconds that ffmpeg had read according to its last progress line, the length of the last
+/// picture included where the line counts pictures, truncated. A source of less than a
+/// second counts as one: 0 would read as unknown.
 int durationM2vFromText(const QString &text);
 
 /// Start of each audio and subtitle stream after the video's, in milliseconds rounded to
 /// the nearest, negative where it starts before, under offsetMsKey(). The start of a
-/// stream is the first positive time in its packet trace ("ff_read_packet stream=0,
-/// pts=…"), of one packet the presentation time before the decoding time; a stream
-/// without one gets no key. Streams that are neither video nor audio count as subtitles;
+/// stream is the first time in its packet trace ("ff_read_packet stream=0, pts=…"), of
+/// one packet the presentation time before the decoding time, and 0 where that is
+/// negative; a stream without one gets no key. Streams of data and attachments get none;
 /// "the" video is the first that is not an attached picture. Nothing without a video
 /// stream that has a start, without an audio stream, and without a trace. Times are
 /// divided by the denominator of the stream's time base alone.

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <map>
 #include <span>
 
@@ -58,11 +59,13 @@ void readDurationLine(QStringView line, Dico &infos)
     for (const QStringView piece : line.split(u", ")) {
         if (piece.contains(u"Duration: ")) {
             const QString timecode = piece.split(u": ").at(1).toString();
-            // A clip of less than a second counts as one: 0 would read as unknown.
-            if (const float seconds = timecodeStr2Float(timecode); seconds > 0)
-                write(infos, Keys::w_duration, std::max(1, truncatedTo<int>(seconds)));
+            // Less than a second keeps its hundredths, for 0 would read as unknown.
+            if (const float seconds = timecodeStr2Float(timecode); seconds >= 1)
+                write(infos, Keys::w_duration, truncatedTo<int>(seconds));
+            else if (seconds > 0)
+                write(infos, Keys::w_duration, std::round(seconds * 100.0) / 100);
         } else if (piece.contains(u"start: ")) {
-            write(infos, Keys::w_offset, reportNumber(textAfter(piece, u"start: ")));
+            write(infos, Keys::w_offset, textAfter(piece, u"start: ").trimmed().toDouble());
         } else if (piece.contains(u"bitrate: ")) {
             logVerbose(u"cf logs %@", piece);
             if (const int bitrate = leadingInt(textAfter(piece, u"bitrate: ")); bitrate > 0)
@@ -233,13 +236,11 @@ Dico streamProperties(const Dico &infos, const QString &prefix)
 std::optional<Dico> ffInfos(const QString &srcPath, const QString &report)
 {
     logDebug(u"ffInfos             - begin");
-    QString text = report.contains(u"Input #") ? report : newReport(srcPath);
+    const QString text = report.contains(u"Input #") ? report : newReport(srcPath);
     if (text.isNull())
         return std::nullopt;
     // A file name may hold line breaks and ffmpeg's own words.
-    if (!srcPath.isEmpty())
-        text.replace(u"from '%1'"_s.arg(srcPath), u"from ''"_s);
-    const auto infos = parseFfReport(text);
+    const auto infos = parseFfReport(withoutSourcePath(text, srcPath));
     if (infos)
         logDebug(u"ffInfos             : %@", QVariant(*infos));
     return infos;

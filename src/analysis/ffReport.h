@@ -11,7 +11,8 @@ namespace vignar
 
 /// ffInfos(): the properties of a source from ffmpeg's report on it. A report that
 /// holds "Input #" is parsed as it stands; else ffmpeg is run on the source (blocking).
-/// Nothing without a usable report and source.
+/// Nothing without a usable report and source. The duration is in whole seconds; one of less
+/// than a second has hundredths.
 std::optional<Dico> ffInfos(const QString &srcPath, const QString &report);
 
 /// The parsing half of ffInfos(): pure, nothing when the text holds no "Input #".

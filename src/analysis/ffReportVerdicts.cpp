@@ -1,10 +1,12 @@
 #include "analysis/ffReportVerdicts.h"
 
 #include "analysis/ffReport.h"
+#include "analysis/ffReportStreams.h"
 #include "analysis/reportText.h"
 #include "classShared/lineLog.h"
 
 #include <QFileInfo>
+#include <QRegularExpression>
 
 #include <algorithm>
 #include <array>
@@ -49,7 +51,31 @@ std::optional<int> writtenPictures(const QString &report)
     return std::nullopt;
 }
 
+/// ffmpeg's log writes "?" for the control characters that are not white space.
+QString asLogged(QString text)
+{
+    static const QRegularExpression control(u"[\\x01-\\x07\\x0e-\\x1f]"_s);
+    return text.replace(control, u"?"_s);
+}
+
+bool isProtectedVideo(const QString &line)
+{
+    constexpr std::array tags{"(drmi / "_L1, "(drms / "_L1, "(encv / "_L1};
+    const StreamType type = streamType(line);
+    return type == StreamType::video &&
+           std::ranges::any_of(tags, [&line](QLatin1String tag) { return line.contains(tag); });
+}
+
 } // namespace
+
+QString unreadableReason(const QString &report)
+{
+    const QStringList lines = reportLines(report);
+    const bool isProtected =
+        std::ranges::any_of(lines, isProtectedVideo) ||
+        !lines.filter(u"DRM protected stream detected"_s).filter(u"["_s).isEmpty();
+    return isProtected ? u"V_reason_protected"_s : u"V_reason_unreadable"_s;
+}
 
 bool isFfmpegSuccess(const QString &report)
 {
@@ -84,6 +110,7 @@ QString withoutSourcePath(const QString &report, const QString &srcPath)
     if (srcPath.isEmpty())
         return text;
     text.remove(srcPath);
+    text.remove(asLogged(srcPath));
     // The bare name is taken out only where quotes show that it is one: a file may be
     // called "e", and its report must keep its letters.
     const QString name = QFileInfo(srcPath).fileName();

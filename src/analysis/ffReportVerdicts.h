@@ -22,4 +22,8 @@ inline constexpr int probedPictures = 10;
 /// The report must hold ffmpeg's own words alone (withoutSourcePath(), withoutMetadata()).
 ReportVerdict reportVerdict(const QString &report);
 
+/// Key of the text that says why a source that no decoder can read is refused: its video is
+/// protected ("drmi", common encryption, a Windows Media licence), or nothing is known.
+QString unreadableReason(const QString &report);
+
 } // namespace vignar

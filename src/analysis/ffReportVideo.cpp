@@ -19,6 +19,9 @@ namespace
 
 constexpr StreamNaming videoNaming{Keys::v_id, Keys::v_lang, Keys::v_codec, u"Video: "};
 
+/// All 18 bits of the field set: MPEG video whose rate varies.
+constexpr QStringView variableMpegBitrate = u"104857 kb/s";
+
 bool videoNames(const StreamPiece &piece, Dico &infos)
 {
     return readNaming(piece, videoNaming, infos);
@@ -26,7 +29,33 @@ bool videoNames(const StreamPiece &piece, Dico &infos)
 
 bool videoBitrate(const StreamPiece &piece, Dico &infos)
 {
+    const QString codec = read(infos, Keys::v_codec, piece.number).value_or(QString());
+    if (piece.text.startsWith(variableMpegBitrate) && codec.startsWith(u"mpeg"))
+        return true;
     return readBitrate(piece, Keys::v_bitrate, infos);
+}
+
+/// A rate as ffmpeg prints it: thousands as "1k".
+double printedRate(QStringView text)
+{
+    return reportNumber(text) * (text.endsWith(u'k') ? 1000 : 1);
+}
+
+/// The average rate of the line ("23.98 fps"); 0 where it states none.
+double averageRate(QStringView line)
+{
+    if (!line.contains(u" fps, "))
+        return 0;
+    const QStringView before = textBefore(line, u" fps, ");
+    const qsizetype comma = before.lastIndexOf(u", ");
+    return printedRate(before.sliced(comma < 0 ? 0 : comma + 2));
+}
+
+/// Timestamps that lie apart by no pattern make ffmpeg state the clock of the container as
+/// the rate ("1k tbr", "600 tbr"). Above 120 only the average rate tells a fast camera from it.
+bool isClock(double rate, double average)
+{
+    return rate > 120 && std::abs(rate - average) > 0.1 * rate;
 }
 
 bool videoFrameRate(const StreamPiece &piece, Dico &infos)
@@ -34,11 +63,12 @@ bool videoFrameRate(const StreamPiece &piece, Dico &infos)
     if (!piece.text.contains(u" tbr"))
         return false;
     logVerbose(u" tbr? ffmpeg>ffinfos : %@", piece.text);
-    double rate = reportNumber(textBefore(piece.text, u" tbr"));
+    double rate = printedRate(textBefore(piece.text, u" tbr"));
     // 59.94 fields over film with pulldown are 29.97 pictures.
-    if (piece.isFilm && std::abs(59.94 - rate) < 0.01)
+    if (std::abs(piece.averageRate - 24.0) <= 0.1 && std::abs(59.94 - rate) < 0.01)
         rate /= 2;
-    write(infos, Keys::v_fps, piece.number, rate);
+    if (!isClock(rate, piece.averageRate))
+        write(infos, Keys::v_fps, piece.number, rate);
     return true;
 }
 
@@ -98,7 +128,7 @@ bool videoSize(const StreamPiece &piece, Dico &infos)
 bool videoPixelFormat(const StreamPiece &piece, Dico &infos)
 {
     if (piece.text.contains(u"fps") || piece.text.contains(u"tbn") || isPlainInt(piece.text) ||
-        piece.text.contains(u'/'))
+        piece.text.contains(u'/') || textBefore(piece.text, u"(") == u"none")
         return false;
     write(infos, Keys::v_chroma, piece.number, piece.text.toString());
     return true;
@@ -107,16 +137,6 @@ bool videoPixelFormat(const StreamPiece &piece, Dico &infos)
 constexpr std::array<PieceRule, 7> videoRules{videoNames,      videoBitrate, videoFrameRate,
                                               videoTimeBase,   videoSize,    videoAspect,
                                               videoPixelFormat};
-
-bool isFilmLine(QStringView line)
-{
-    if (!line.contains(u" fps, "))
-        return false;
-    const QStringView before = textBefore(line, u" fps, ");
-    const QStringView rate =
-        before.sliced(before.lastIndexOf(u", ") < 0 ? 0 : before.lastIndexOf(u", ") + 2);
-    return std::abs(reportNumber(rate) - 24.0) <= 0.1;
-}
 
 /// The names stand in the order of matrix, primaries and transfer; "unknown" is no name.
 void readColourNames(const QList<QStringView> &names, int number, Dico &infos)
@@ -137,7 +157,7 @@ void readColours(QStringView line, int number, Dico &infos)
         u", ([a-z][a-z0-9_]*)(?:\\(((?:[^()]|\\(swapped\\))*)\\))?, \\d+x\\d+"_s);
     const QStringList names{u"bt709"_s, u"smpte170m"_s, u"bt470bg"_s, u"smpte240m"_s};
     const QRegularExpressionMatch match = pixelFormat.match(line.toString());
-    if (match.hasMatch())
+    if (match.hasMatch() && match.captured(1) != u"none")
         write(infos, Keys::v_pixelFormat, number, match.captured(1));
     for (const QStringView word : match.capturedView(2).split(u", ")) {
         const QList<QStringView> colours = word.split(u'/');
@@ -168,9 +188,9 @@ QString ffAspectRatioStr(const QString &piece, AspectKind kind)
 
 void readVideoLine(QStringView line, int number, Dico &infos)
 {
-    const bool isFilm = isFilmLine(line);
+    const double average = averageRate(line);
     for (const QStringView text : line.split(u", "))
-        applyFirst(videoRules, {.text = text, .number = number, .isFilm = isFilm}, infos);
+        applyFirst(videoRules, {.text = text, .number = number, .averageRate = average}, infos);
     readColours(line, number, infos);
 }
 

@@ -13,6 +13,9 @@ namespace
 
 using timecode = vignar::mpegInfo::timecode;
 
+/// All 18 bits of the field set: the rate varies.
+constexpr long variableBitRate = 0x3FFFF * 400L;
+
 int wholeSeconds(const timecode &code)
 {
     return code.hours * 3600 + code.minutes * 60 + code.seconds;
@@ -54,7 +57,8 @@ void writePicture(Dico &dico, const mpegInfo &reader)
 {
     write(dico, Keys::v_width, 0, reader.horizontalSize());
     write(dico, Keys::v_height, 0, reader.verticalSize());
-    write(dico, Keys::v_bitrate, 0, int(reader.bitRate() / 1000));
+    if (reader.bitRate() != variableBitRate)
+        write(dico, Keys::v_bitrate, 0, int(reader.bitRate() / 1000));
     write(dico, Keys::v_fps, 0, reader.frameRate());
     write(dico, Keys::v_dar, 0, reader.isWideScreen() ? u"16:9"_s : u"4:3"_s);
     write(dico, Keys::v_fields, 0,

@@ -2,16 +2,23 @@
 
 #include "classShared/numbers.h"
 
+#include <QRegularExpression>
+
 #include <array>
 #include <charconv>
 #include <limits>
+
+using namespace Qt::StringLiterals;
 
 namespace vignar
 {
 
 QStringList reportLines(const QString &report)
 {
+    static const QRegularExpression colour(u"\x1b\\[[0-9;]*m"_s);
     QString text = report;
+    if (text.contains(QChar(0x1b)))
+        text.remove(colour);
     text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
     text.replace(QLatin1Char('\r'), QLatin1Char('\n'));
     return text.split(QLatin1Char('\n'));

@@ -11,8 +11,8 @@ namespace vignar
 /// Small tools for reading ffmpeg's text. None fails: what is absent gives an empty
 /// view, 0 or the text itself.
 
-/// The lines of a report. A carriage return ends one too: ffmpeg rewrites its progress
-/// line that way.
+/// The lines of a report, without the escape sequences that colour them. A carriage return
+/// ends one too: ffmpeg rewrites its progress line that way.
 QStringList reportLines(const QString &report);
 
 /// The text before, and after, the first occurrence of the mark: the whole text, and

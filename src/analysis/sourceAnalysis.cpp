@@ -28,7 +28,7 @@ namespace
 /// Longest name, without its extension, of what is made from a source.
 constexpr int longestName = 23;
 constexpr int testPictureWidth = 160;
-constexpr double assumedAspect = 1.77;
+constexpr float assumedAspect = 1.77F;
 
 QString destinationName(const QString &srcPath)
 {
@@ -41,10 +41,34 @@ QString destinationName(const QString &srcPath)
     return name;
 }
 
-bool hasPicture(const Dico &record)
+/// The movie framework may know the size of the movie alone.
+void completeSize(Dico &record)
 {
-    return record.contains(Keys::v_codec(0)) || record.contains(Keys::v_height(0)) ||
-           contains(record, Keys::w_height);
+    const bool isStated = record.contains(Keys::v_width(0)) && record.contains(Keys::v_height(0));
+    const auto width = read(record, Keys::w_width);
+    const auto height = read(record, Keys::w_height);
+    if (isStated || !width || !height)
+        return;
+    write(record, Keys::v_width, 0, *width);
+    write(record, Keys::v_height, 0, *height);
+}
+
+/// Why a record does not do; a null text where it does. A picture without a size is no use:
+/// any size that were assumed would squash it.
+QString missingPicture(const Dico &record)
+{
+    if (read(record, Keys::v_width, 0).value_or(0) > 0 &&
+        read(record, Keys::v_height, 0).value_or(0) > 0)
+        return {};
+    return record.contains(Keys::v_codec(0)) ? u"V_reason_noThumbnail"_s : u"V_reason_noPicture"_s;
+}
+
+/// Takes out what merely says that there is nothing to say.
+void removeNone(Dico &record)
+{
+    record.removeIf([](const Dico::iterator &entry) {
+        return entry.key().endsWith(u"_codec") && entry->toString() == u"none";
+    });
 }
 
 QString videoCodec(const Dico &dico)
@@ -61,6 +85,7 @@ public:
         : m_input(input),
           m_readers(readers),
           m_extension(QFileInfo(input.srcPath).suffix().toLower()),
+          m_report(withoutSourcePath(input.report, input.srcPath)),
           m_isSkipQt(readers.movieFramework == nullptr)
     {
     }
@@ -86,15 +111,20 @@ private:
 
     std::optional<QString> drmKey() const;
     double measureOnExtract() const;
+    /// The duration in the record is the one that ffmpeg guessed.
+    bool isGuessedDuration() const;
     void skipFfmpeg(const QString &line);
     void skipQt(const QString &line);
 
     const AnalysisInput &m_input;
     const AnalysisReaders &m_readers;
     const QString m_extension;
+    /// The report without the source's path, which may hold ffmpeg's own words.
+    const QString m_report;
     ReaderDicos m_dicos;
     Dico m_record;
     bool m_isMpegReaderFailed = false;
+    bool m_isDurationGuessed = false;
     bool m_isSkipFfmpeg = false;
     bool m_isSkipQt = false;
 };
@@ -121,10 +151,12 @@ Result<SourceDico> SourceAnalysis::analyse()
     testMovieDecoding();
     if (m_isSkipQt && m_isSkipFfmpeg) {
         logLine(u"analyseSrc          :-( isSkipQt && isSkipFfmpeg");
-        return Failure{localised(u"V_reason_unreadable"_s)};
+        return Failure{localised(unreadableReason(m_report))};
     }
-    if (!hasPicture(m_record))
-        return Failure{localised(u"V_reason_noPicture"_s)};
+    completeSize(m_record);
+    if (const QString reason = missingPicture(m_record); !reason.isNull())
+        return Failure{localised(reason)};
+    removeNone(m_record);
     chooseDecoder();
     nameDestination();
     return m_record;
@@ -153,21 +185,26 @@ void SourceAnalysis::readMpeg()
 
 void SourceAnalysis::readFfmpegReport()
 {
-    const auto infos = ffInfos(m_input.srcPath, m_input.report);
+    const auto infos = ffInfos(m_input.srcPath, m_report);
     if (!infos)
         m_isSkipFfmpeg = true;
     if (!infos || infos->isEmpty())
         return;
     m_dicos.ff = *infos;
+    // Such a bit rate is that of a field in the stream, not of the file.
+    m_isDurationGuessed = withoutMetadata(m_report).contains(u"Estimating duration from bitrate");
+    if (m_isDurationGuessed)
+        remove(m_dicos.ff, Keys::w_bitrate);
+    completeFromDecoded(m_dicos.ff, m_input.picture, m_report);
     if (m_readers.ptsDtsOffsetMs)
-        m_dicos.ff.insert(m_readers.ptsDtsOffsetMs(m_input.report).value_or(Dico()));
-    if (const auto chapters = ffChapters(m_input.report))
+        m_dicos.ff.insert(m_readers.ptsDtsOffsetMs(m_report).value_or(Dico()));
+    if (const auto chapters = ffChapters(m_report))
         write(m_dicos.ff, Keys::chapters, QVariantList(chapters->cbegin(), chapters->cend()));
 }
 
 void SourceAnalysis::judgeReport()
 {
-    const QString report = withoutMetadata(withoutSourcePath(m_input.report, m_input.srcPath));
+    const QString report = withoutMetadata(m_report);
     if (m_readers.isFfmpegVsync && m_readers.isFfmpegVsync(m_input.srcPath, report))
         logLine(u"isFfmpegVsync       :-( YES");
     for (const QString &oddity :
@@ -265,6 +302,12 @@ void SourceAnalysis::judgeChosenCodec()
         m_isSkipQt = true;
 }
 
+bool SourceAnalysis::isGuessedDuration() const
+{
+    return m_isDurationGuessed && !contains(m_dicos.mp, Keys::w_duration) &&
+           read(m_record, Keys::w_duration) == read(m_dicos.ff, Keys::w_duration);
+}
+
 void SourceAnalysis::settleDuration()
 {
     DurationContext context;
@@ -273,8 +316,13 @@ void SourceAnalysis::settleDuration()
     context.isUsable = !m_isSkipFfmpeg || !m_isSkipQt;
     context.hasMpeg2Demultiplexer =
         m_readers.movieFramework && m_readers.movieFramework->hasMpeg2Demultiplexer();
+    context.isGuess = isGuessedDuration();
     if (m_readers.durationM2v && !m_isSkipFfmpeg)
         context.measure = [this] { return m_readers.durationM2v(m_input.srcPath); };
+    if (m_readers.durationOfHead && !m_isSkipFfmpeg)
+        context.measureHead = [this](qint64 bytes) {
+            return m_readers.durationOfHead(m_input.srcPath, bytes);
+        };
     vignar::settleDuration(m_record, context);
 }
 
@@ -313,7 +361,7 @@ void SourceAnalysis::testMovieDecoding()
         return;
     }
     const auto dar = read(m_record, Keys::v_dar, 0);
-    const double ratio = dar ? fractionStr2Float(*dar) : assumedAspect;
+    const float ratio = dar ? fractionStr2Float(*dar) : assumedAspect;
     const QSize size(testPictureWidth, int(testPictureWidth / ratio));
     m_isSkipQt = !m_readers.grabTestFrame ||
                  !m_readers.grabTestFrame(m_input.srcPath, m_input.testPictureFolder, size);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "analysis/decodedPicture.h"
 #include "analysis/movieFramework.h"
 #include "analysis/sourceNotices.h"
 #include "classShared/result.h"
@@ -20,6 +21,8 @@ struct AnalysisInput {
     QString fields;
     /// Folder for the movie framework's test picture; empty: only its decodability check.
     QString testPictureFolder;
+    /// What the decoded frames themselves are like.
+    DecodedPicture picture = {};
 };
 
 /// The readers and probes that the analysis consults beside ffmpeg's report. An empty
@@ -34,6 +37,7 @@ struct AnalysisReaders {
     std::function<std::optional<Dico>(const QString &report)> ptsDtsOffsetMs;
     std::function<QString(const QString &path)> idet;
     std::function<int(const QString &path)> durationM2v;
+    std::function<int(const QString &path, qint64 bytes)> durationOfHead;
     /// What the user is to be told of the source.
     NoticeOutlet notify = &showNotice;
 };

@@ -13,8 +13,8 @@ namespace vignar
 struct StreamPiece {
     QStringView text;
     int number = 0;
-    /// The line states a rate of 24 pictures per second ("23.98 fps").
-    bool isFilm = false;
+    /// Pictures per second on average, as the line states them; 0: it does not.
+    double averageRate = 0;
 };
 
 /// The first rule that answers true has dealt with the piece.

@@ -16,6 +16,7 @@ AnalysisReaders systemReaders(MovieFramework *movieFramework)
         .ptsDtsOffsetMs = &ptsDtsOffsetMs,
         .idet = &ffVfIdet,
         .durationM2v = &durationM2v,
+        .durationOfHead = &durationOfHead,
     };
 }
 

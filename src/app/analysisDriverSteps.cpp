@@ -1,6 +1,7 @@
 #include "app/analysisDriver.h"
 
 #include "analysis/ffReport.h"
+#include "analysis/ffReportVerdicts.h"
 #include "app/decodedFrames.h"
 #include "app/progressReporter.h"
 #include "classShared/files.h"
@@ -134,7 +135,9 @@ StepEnd AnalysisDriver::judgeReport()
                    (m_readers.movieFramework && m_readers.movieFramework->canDecode(source));
     }
     if (!isUsable)
-        refuse(fault == RunFault::none ? localised(u"V_reason_unreadable"_s) : faultReason(fault));
+        refuse(fault == RunFault::none
+                   ? localised(unreadableReason(withoutSourcePath(report(), source)))
+                   : faultReason(fault));
     setMark(isUsable ? RunKeys::analysisDico.text : RunKeys::analysisFin.text);
     return StepEnd::again;
 }
@@ -162,8 +165,10 @@ StepEnd AnalysisDriver::takeMediaInfo()
 StepEnd AnalysisDriver::buildRecord()
 {
     setMark(RunKeys::analysisFin.text);
-    const AnalysisInput input{
-        prefReadStr(RunKeys::analysisSrcPathStr), report(), fieldOrderOfFrames(framePath()), {}};
+    const AnalysisInput input{.srcPath = prefReadStr(RunKeys::analysisSrcPathStr),
+                              .report = report(),
+                              .fields = fieldOrderOfFrames(framePath()),
+                              .picture = pictureOfFrames(framePath())};
     rmCocoa(framePath());
     const auto read = [input, readers = m_readers]() mutable -> ReadSource {
         QList<SourceNotice> notices;

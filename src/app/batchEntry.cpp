@@ -14,10 +14,12 @@ using namespace Qt::StringLiterals;
 QString rowCaption(const SourceDico &dico)
 {
     const bool isProgressive = read(dico, Keys::v_fields, 0) == localised(u"PFF"_s, fieldsTable);
-    return filled(u"%@\n(%ldx)%ld%@%ld\n%@", QFileInfo(readStr(dico, Keys::srcPathStr)).fileName(),
+    const double rate = read(dico, Keys::v_fps, 0).value_or(0);
+    const QString rateText = rate == unknownFrameRate ? QString() : filled(u"%ld", int(rate + 0.5));
+    return filled(u"%@\n(%ldx)%ld%@%@\n%@", QFileInfo(readStr(dico, Keys::srcPathStr)).fileName(),
                   read(dico, Keys::v_width, 0).value_or(0),
                   read(dico, Keys::v_height, 0).value_or(0), isProgressive ? u"p"_s : u"i"_s,
-                  static_cast<int>(read(dico, Keys::v_fps, 0).value_or(0) + 0.5),
+                  rateText,
                   duree2HmsStr(static_cast<int>(read(dico, Keys::w_duration).value_or(0))));
 }
 

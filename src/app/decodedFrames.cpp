@@ -24,6 +24,11 @@ QByteArray frameHeader(const QString &path)
 
 } // namespace
 
+DecodedPicture pictureOfFrames(const QString &path)
+{
+    return decodedPictureOf(QString::fromLatin1(frameHeader(path)));
+}
+
 QString fieldOrderOfFrames(const QString &path)
 {
     static const QRegularExpression mark(u" I([tbp])"_s);

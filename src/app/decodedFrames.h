@@ -1,9 +1,14 @@
 #pragma once
 
+#include "analysis/decodedPicture.h"
+
 #include <QString>
 
 namespace vignar
 {
+
+/// Size, pixel aspect and rate of the pictures in a decoded "frame.yuv".
+DecodedPicture pictureOfFrames(const QString &framePath);
 
 /// Localised field order that the header of a decoded "frame.yuv" tells; empty when it
 /// tells none (mixed or unknown).

@@ -25,12 +25,22 @@ namespace
 
 constexpr int posterWidth = 160;
 constexpr double defaultAspect = 1.77;
+constexpr int highestPoster = 10 * posterWidth;
+
+/// Many files state no display aspect: theirs is that of the stored picture.
+double posterAspect(const SourceDico &source)
+{
+    if (const auto stated = read(source, Keys::v_dar, 0))
+        return fractionStr2Float(*stated);
+    const double width = read(source, Keys::v_width, 0).value_or(0);
+    const double height = read(source, Keys::v_height, 0).value_or(0);
+    return width > 0 && height > 0 ? width / height : defaultAspect;
+}
 
 int posterHeight(const SourceDico &source)
 {
-    const auto aspect = read(source, Keys::v_dar, 0);
-    const double ratio = aspect ? fractionStr2Float(*aspect) : defaultAspect;
-    return std::max(2, qRound(posterWidth / ratio));
+    const double height = posterWidth / posterAspect(source);
+    return height < highestPoster ? std::max(2, qRound(height)) : highestPoster;
 }
 
 /// Puts the colours of a picture right; true when there is one.

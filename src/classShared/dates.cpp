@@ -26,6 +26,13 @@ QString standardText(const QDateTime &date)
                   minutes < 0 ? u"-"_s : u"+"_s, qAbs(minutes) / 60, qAbs(minutes) % 60);
 }
 
+/// Archives that are to be reproducible, some cameras and network disks write 0 or a little
+/// more for a time that they do not know.
+bool isNoDate(const QDateTime &date)
+{
+    return !date.isValid() || date < QDateTime(QDate(1970, 1, 8), QTime(0, 0), Qt::UTC);
+}
+
 } // namespace
 
 QDateTime dateCreation(const QString &path)
@@ -40,7 +47,8 @@ QDateTime dateCreation(const QString &path)
     const QFileInfo info(standardized);
     const QDateTime born = info.birthTime();
     const QDateTime modified = info.lastModified();
-    QDateTime date = born.isValid() && born < modified ? born : modified;
+    const bool isBornEarlier = born.isValid() && (isNoDate(modified) || born < modified);
+    const QDateTime date = isBornEarlier ? born : modified;
     if (date.isValid())
         logDebug(u"dico (creation date) : %@", standardText(date));
     return date;

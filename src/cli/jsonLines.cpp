@@ -1,5 +1,6 @@
 #include "cli/jsonLines.h"
 
+#include "app/storedRecord.h"
 #include "cli/commandLine.h"
 
 #include <QJsonArray>
@@ -80,7 +81,7 @@ QString analysedJson(const SourceDico &record)
     return line({{u"source"_s, readStr(record, Keys::srcPathStr)},
                  {u"status"_s, u"analysed"_s},
                  {u"reason"_s, QJsonValue()},
-                 {u"record"_s, QJsonObject::fromVariantMap(record)}});
+                 {u"record"_s, QJsonObject::fromVariantMap(storedRecord(record))}});
 }
 
 QString refusedAnalysisJson(const QString &source, const QString &reason)

@@ -65,11 +65,18 @@ bool isOwnBusiness(const QString &key)
         .contains(key);
 }
 
+bool isUnknownRate(const QString &key, const QVariant &value)
+{
+    return key.endsWith(u"_fps") && value.toDouble() == unknownFrameRate;
+}
+
 /// A property with the group that it is shown in.
 struct Entry {
     QString group;
     QString name;
     QVariant value;
+    /// It belongs to a stream that the record does not know.
+    bool isStray = false;
 };
 
 /// The number of the stream of a type ("a") that the file numbers so; -1: none.
@@ -94,9 +101,9 @@ Entry entryOf(const SourceDico &record, const QString &key)
     int number = match.captured(2).toInt();
     // Start offsets alone are told apart by the number that the file gives the stream.
     if (name == u"offsetMs")
-        number = std::max(0, streamNumber(record, type, number));
+        number = streamNumber(record, type, number);
     const QString label = type == u"v" ? u"video"_s : type == u"a" ? u"audio"_s : u"subtitles"_s;
-    return {u"%1 %2"_s.arg(label).arg(number), name, record.value(key)};
+    return {u"%1 %2"_s.arg(label).arg(number), name, record.value(key), number < 0};
 }
 
 int rankOf(const QString &group)
@@ -144,11 +151,11 @@ QString recordText(const SourceDico &record)
 {
     std::map<std::pair<int, QString>, std::vector<std::pair<qsizetype, QString>>> groups;
     for (const QString &key : record.keys()) {
-        if (isOwnBusiness(key))
+        if (isOwnBusiness(key) || isUnknownRate(key, record.value(key)))
             continue;
         const Entry entry = entryOf(record, key);
         // The last piece of a longer list; the pixel format says it whole.
-        if (entry.name == Keys::v_chroma.property)
+        if (entry.isStray || entry.name == Keys::v_chroma.property)
             continue;
         groups[{rankOf(entry.group), entry.group}].push_back(lineOf(entry));
     }

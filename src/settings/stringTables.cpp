@@ -3,6 +3,7 @@
 #include "classShared/lineLog.h"
 #include "settings/applicationPlaces.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QLocale>
@@ -70,13 +71,26 @@ QString currentLanguage(Tables &all)
     return all.language;
 }
 
-QString textIn(Tables &all, const QString &language, const QString &table, const QString &key)
+const Table &tableIn(Tables &all, const QString &language, const QString &table)
 {
     const QString path = languageFolder(language) + u'/' + table + u".strings"_s;
     auto parsed = all.parsed.constFind(path);
     if (parsed == all.parsed.cend())
         parsed = all.parsed.insert(path, parseStrings(readStringsFile(path)));
-    return parsed->value(key);
+    return *parsed;
+}
+
+QString textIn(Tables &all, const QString &language, const QString &table, const QString &key)
+{
+    return tableIn(all, language, table).value(key);
+}
+
+/// The languages that have a folder in the resources.
+QStringList languages()
+{
+    QStringList folders = QDir(applicationPlaces().resourceFolder())
+                              .entryList({u"*.lproj"_s}, QDir::Dirs, QDir::Name);
+    return folders.replaceInStrings(u".lproj"_s, QString());
 }
 
 /// The decoder that a detected name stands for; the detector's word for pure ASCII, an
@@ -233,6 +247,22 @@ QString str2LocalisationTitle(const QString &localisedText, const QString &table
     }
     logDebug(u"str2LocalisationTitl:-( from '%@'", localisedText);
     return localisedText;
+}
+
+QString keyOfText(const QString &text, const QString &table)
+{
+    if (text.isEmpty())
+        return text;
+    Tables &all = tables();
+    const QMutexLocker locker(&all.mutex);
+    for (const QString &language : QStringList(currentLanguage(all)) + languages()) {
+        const Table &texts = tableIn(all, language, table);
+        if (texts.contains(text))
+            return text;
+        if (const QString key = texts.key(text); !key.isNull())
+            return key;
+    }
+    return text;
 }
 
 std::optional<QStringList> localisationKeys(const QString &tableName)

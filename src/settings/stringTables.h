@@ -43,6 +43,10 @@ bool isLocalised(const QString &key);
 /// The key whose value is the text, or the text itself.
 QString str2LocalisationTitle(const QString &localisedText, const QString &tableFile);
 
+/// The key whose value in any of the languages is the text, the language in use first; the text
+/// itself when it is none, and when it is a key.
+QString keyOfText(const QString &text, const QString &table);
+
 /// The keys of a table of the resources, in file order; nothing when it has none.
 std::optional<QStringList> localisationKeys(const QString &tableName);
 

@@ -1,6 +1,8 @@
 #include "shell/batchFile.h"
 
+#include "app/storedRecord.h"
 #include "classShared/lineLog.h"
+#include "settings/stringTables.h"
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -27,16 +29,24 @@ QString sourceOf(const SessionState::Row &row)
     return readStr(read(row.entry, RowKeys::dico).value_or(Dico()), Keys::srcPathStr);
 }
 
+/// A reason by the key of its text where it has one. A text that names something is stored as
+/// it was shown.
+QString storedReason(const QString &reason)
+{
+    const QString key = keyOfText(reason, localizedTable);
+    return key.startsWith(u"V_reason_") ? key : reason;
+}
+
 QByteArray toJson(const SessionState::Row &row)
 {
     Dico record = read(row.entry, RowKeys::dico).value_or(Dico());
     // The poster in the work folder goes away with the run.
     remove(record, Keys::imgPathStr);
-    const QJsonObject object{{u"record"_s, QJsonObject::fromVariantMap(record)},
+    const QJsonObject object{{u"record"_s, QJsonObject::fromVariantMap(storedRecord(record))},
                              {u"layout"_s, read(row.entry, Keys::out).value_or(mixLayout)},
                              {u"format"_s, read(row.entry, Keys::dpi).value_or(1)},
                              {u"result"_s, readStr(row.entry, RowKeys::resultat)},
-                             {u"reason"_s, row.fate.reason},
+                             {u"reason"_s, storedReason(row.fate.reason)},
                              {u"sheet"_s, row.fate.sheet}};
     return QJsonDocument(object).toJson(QJsonDocument::Compact);
 }
@@ -104,7 +114,7 @@ SessionState BatchFile::read() const
     const QJsonArray rows = saved.value("rows"_L1).toArray();
     for (const QJsonValue &value : rows) {
         const QJsonObject row = value.toObject();
-        Dico record = row.value("record"_L1).toObject().toVariantMap();
+        Dico record = restoredRecord(row.value("record"_L1).toObject().toVariantMap());
         const QString source = readStr(record, Keys::srcPathStr);
         if (source.isEmpty())
             continue;
@@ -114,7 +124,8 @@ SessionState BatchFile::read() const
                                           row.value("format"_L1).toInt(1));
         vignar::write(entry, RowKeys::resultat, restingMarker(row.value("result"_L1).toString()));
         state.rows.append(
-            {entry, {row.value("reason"_L1).toString(), row.value("sheet"_L1).toString()}});
+            {entry,
+             {localised(row.value("reason"_L1).toString()), row.value("sheet"_L1).toString()}});
     }
     return state;
 }

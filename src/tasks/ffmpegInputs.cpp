@@ -35,9 +35,10 @@ QStringList confinedInput(const QStringList &options)
 {
     QStringList confined = options;
     QString allowed = sourceDemuxers();
-    if (options.contains(u"-protocol_whitelist"_s) && options.contains(u"concat"_s))
+    const bool hasOwnList = options.contains(u"-protocol_whitelist"_s);
+    if (hasOwnList && options.contains(u"concat"_s))
         allowed.prepend(u"concat,"_s);
-    else
+    if (!hasOwnList)
         confined << u"-protocol_whitelist"_s << u"file"_s;
     return confined << u"-format_whitelist"_s << allowed;
 }

@@ -82,6 +82,12 @@ private Q_SLOTS:
         QTest::newRow("timecode") << u"size=N/A time=00:00:02.00 x\rL time=00:01:30.50 bitrate="_s
                                   << 90;
         QTest::newRow("seconds") << u"size= 1kB time=12.99 bitrate="_s << 12;
+        QTest::newRow("length of the last picture")
+            << u"frame=   75 fps=0.0 Lsize=N/A time=00:00:02.95 bitrate="_s << 3;
+        QTest::newRow("pictures shown later than decoded")
+            << u"frame= 1 time=-00:00:00.07 x\rframe=  125 time=00:00:04.88 bitrate="_s << 5;
+        QTest::newRow("pictures that are minutes apart")
+            << u"frame=    2 fps=0.0 time=00:04:00.50 bitrate="_s << 241;
         QTest::newRow("less than one") << u"time=00:00:00.40 "_s << 1;
         QTest::newRow("unknown") << u"time=N/A bitrate=N/A"_s << 1;
         QTest::newRow("before the start") << u"time=-00:00:00.02 "_s << 1;
@@ -104,6 +110,7 @@ private Q_SLOTS:
                                 "    Stream #0:2[0x101](und), 77, 1/48000: Audio: mp2, 48000 Hz\n"
                                 "  Stream #0:3: Audio: mp2\n"
                                 "  Stream #0:4, 1, 1/90000: Audio: ac3\n"
+                                "  Stream #0:5, 1, 1/90000: Data: bin_data\n"
                                 "Output #0, yuv4mpegpipe, to 'b':\n"
                                 "  Stream #0:1, 0, 1/25: Video: wrapped_avframe\n"
                                 "  Stream #0:1 -> #0:1 (h264 (native) -> wrapped_avframe)\n"_s;
@@ -111,11 +118,11 @@ private Q_SLOTS:
         const QString lowest = u"-9223372036854775808"_s;
         const QString times =
             u"frame=    1 fps=0.0    "_s + trace.arg(u"1"_s, u"90000"_s, none) +
-            trace.arg(u"1"_s, u"86400"_s, u"0"_s) + trace.arg(u"2"_s, lowest, u"0"_s) +
-            trace.arg(u"2"_s, u"0"_s, u"47983"_s) + trace.arg(u"2"_s, u"1"_s, u"1"_s) +
-            trace.arg(u"3"_s, u"1500"_s, none);
+            trace.arg(u"1"_s, u"86400"_s, u"0"_s) + trace.arg(u"2"_s, lowest, none) +
+            trace.arg(u"2"_s, u"-960"_s, u"47983"_s) + trace.arg(u"2"_s, u"1"_s, u"1"_s) +
+            trace.arg(u"3"_s, u"1500"_s, none) + trace.arg(u"5"_s, u"90000"_s, none);
         QCOMPARE(ptsDtsOffsetMs(times + streams),
-                 (Dico{{u"a2_offsetMs"_s, 0.0}, {u"a3_offsetMs"_s, 500.0}}));
+                 (Dico{{u"a2_offsetMs"_s, -1000.0}, {u"a3_offsetMs"_s, 500.0}}));
         const QString early = trace.arg(u"0"_s, u"4"_s, none) + times;
         QCOMPARE(ptsDtsOffsetMs(streams + early)->value(u"s0_offsetMs"_s), -996.0);
         QVERIFY(!ptsDtsOffsetMs(streams));
@@ -165,7 +172,9 @@ private Q_SLOTS:
     {
         const QString interlaced = clip(u"error *** time=9.m2v"_s,
                                         u"-t 9 -vf interlace -c:v mpeg2video -flags +ildct+ilme"_s);
-        QCOMPARE(durationM2v(interlaced), 8);
+        QCOMPARE(durationM2v(interlaced), 9);
+        const qint64 half = QFileInfo(interlaced).size() / 2;
+        QVERIFY(qAbs(durationOfHead(interlaced, half) - 4) <= 1);
         QCOMPARE(ffVfIdet(interlaced), localised(u"TFF"_s, fieldsTable));
         QVERIFY(!isFfmpegVsync(interlaced, {}));
         QVERIFY(!isMpegTs(interlaced, {}));
@@ -216,6 +225,7 @@ private Q_SLOTS:
     {
         const QString nowhere = m_folder.filePath(u"MPEG"_s);
         QCOMPARE(durationM2v(nowhere), 1);
+        QCOMPARE(durationOfHead(nowhere, 9), 1);
         QVERIFY(ffVfIdet(nowhere).isNull());
         QVERIFY(!isFfmpegSuccessAudio(nowhere));
         QVERIFY(forceFormat(nowhere, {}).isNull());

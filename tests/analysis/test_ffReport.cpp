@@ -177,8 +177,22 @@ private Q_SLOTS:
             {u"Stream #0:0: Video: mjpeg, yuvj420p(pc), 9x9, 90k tbr, 90k tbn, 90k tbc"_s,
              u"Stream #0:1: Video: mjpeg, yuvj420p(pc), 64x48, 25 fps, 90k tbr, 90k tbn"_s},
             "'v0_id': 1, 'v1_id': 0");
-        row("less than a second", {u"  Duration: 00:00:00.48, bitrate: 9 kb/s"_s},
-            "'w_duration': 1");
+        row("less than a second", {u"  Duration: 00:00:00.48, start: -0.007000, bitrate: 9 kb/s"_s},
+            "'w_duration': 0.48, 'w_offset': -0.007");
+        row("clocks for rates",
+            {size + u"1k tbr, 1k tbn"_s, size + u"29.97 fps, 600 tbr, 600 tbn"_s,
+             size + u"239.76 fps, 240 tbr, 90k tbn"_s, size + u"1k fps, 1k tbr, 16k tbn"_s,
+             size + u"90k tbr, 90k tbn (attached pic)"_s, size + u"120 tbr, 1k tbn"_s},
+            "'v0_fps': null, 'v1_fps': null, 'v2_fps': 240, 'v3_fps': 1000, 'v4_fps': 120,"
+            "'v5_fps': null");
+        row("variable bit rate of MPEG",
+            {u"Stream #0:0: Video: mpeg1video, yuv420p(tv), 64x48, 104857 kb/s, 25 fps, 25 tbr"_s,
+             u"Stream #0:1: Video: rawvideo, yuv420p, 64x48, 104857 kb/s, 25 fps, 25 tbr"_s},
+            "'v0_bitrate': null, 'v1_bitrate': 104857");
+        row("coloured", {u"\x1b[0m  \x1b[1;35mStream #0:0\x1b[0m: Video: h264, 64x48, 25 tbr"_s},
+            "'v0_width': 64, 'wrapper': 'mpeg'");
+        row("nothing known of the pixels", {u"Stream #0:0: Video: h264, none, 25 fps, 25 tbr"_s},
+            "'v0_chroma': null, 'v0_pixelFormat': null, 'v0_fps': 25");
         row("duration beyond the integers", {u"  Duration: 99999999:00:00.00"_s},
             "'w_duration': 2147483647");
         row("duration unknown", {u"  Duration: N/A, start: -1.500000, bitrate: N/A"_s},
@@ -227,9 +241,13 @@ private Q_SLOTS:
         QVERIFY(!infos->contains(Keys::v_codec(1)));
         QVERIFY(!parseFfReport(u"moov atom not found"_s));
         // A name that closes its own block, if its report were taken at its word.
-        const QString name = u"/v/a\nOutput #0, b.mpg"_s;
-        const auto named = ffInfos(name, QString(last).replace(u"a.mpg"_s, name));
-        QCOMPARE(read(*named, Keys::v_width, 0), 64);
+        for (const QString &name :
+             {u"/v/a\nOutput #0, b.mpg"_s, u"/v/a\x02\nInput #0, x, b.mpg"_s}) {
+            const QString logged = QString(name).replace(u'\x02', u'?');
+            const QString opened = u"Input file #0 (%1):\n"_s.arg(logged);
+            const auto named = ffInfos(name, QString(last).replace(u"a.mpg"_s, logged) + opened);
+            QCOMPARE(read(*named, Keys::v_width, 0), 64);
+        }
     }
 
     void keepsChaptersTwentySecondsApart()

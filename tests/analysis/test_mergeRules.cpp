@@ -109,8 +109,8 @@ private Q_SLOTS:
 
     void checksDvdDurationsAgainstTheSize()
     {
-        const auto checked = [](double kilobytes, int measured) {
-            DvdFile file{.kilobytes = kilobytes, .bitrate = 10000};
+        const auto checked = [](double kilobytes, int measured, double bitrate = 20000) {
+            DvdFile file{.kilobytes = kilobytes, .bitrate = bitrate};
             file.measure = [measured] { return measured; };
             const CheckedDuration duration = checkedDvdDuration(30, file);
             return std::pair(duration.seconds, duration.isTimecodeBroken);
@@ -118,9 +118,12 @@ private Q_SLOTS:
         // A small file is measured, unless that fails.
         QCOMPARE(checked(1000, 40), std::pair(40.0, false));
         QCOMPARE(checked(1000, 1), std::pair(30.0, false));
-        // The size of a large one tells a broken timecode.
-        QCOMPARE(checked(200000, 40), std::pair(30.0, false));
-        QCOMPARE(checked(400000, 40), std::pair(80.0, true));
+        QCOMPARE(checked(153599, 40), std::pair(40.0, false));
+        // The size of a large one tells a broken timecode, if its bit rate is not that of a DVD.
+        QCOMPARE(checked(400000, 40), std::pair(634.0, true));
+        QCOMPARE(checked(400000, 40, 0), std::pair(634.0, true));
+        QCOMPARE(checked(400000, 40, 10080), std::pair(30.0, false));
+        QCOMPARE(checkedDvdDuration(317, {.kilobytes = 400000}).seconds, 317.0);
     }
 };
 

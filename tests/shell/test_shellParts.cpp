@@ -2,8 +2,10 @@
 #include "settings/preferenceStore.h"
 #include "settings/preferences.h"
 #include "settings/stringTables.h"
+#include "sheet/extractionPasses.h"
 #include "shell/alertBoxes.h"
 #include "shell/batchDrawer.h"
+#include "shell/batchFile.h"
 #include "shell/choiceRow.h"
 #include "shell/desktopSession.h"
 #include "shell/mainMenu.h"
@@ -39,6 +41,7 @@ private Q_SLOTS:
     void logLinesOfOneSource();
     void marksOfTheRunStayInMemory();
     void brokenListIsKeptAside();
+    void savedListKnowsNoLanguage();
     void formatTellsWhatIsMade();
     void alertTellsButtonAndCheckBox();
     void tabGoesDownTheWindow();
@@ -108,6 +111,50 @@ void TestShellParts::brokenListIsKeptAside()
     QVERIFY(saved.load().rows.isEmpty());
     QVERIFY(saved.save());
     QVERIFY(QFile::exists(path + u".broken"_s));
+}
+
+void TestShellParts::savedListKnowsNoLanguage()
+{
+    QTemporaryDir folder;
+    const QString path = folder.filePath(u"batch.json"_s);
+    const auto named = [](const QString &key) { return localised(key, fieldsTable); };
+    setInterfaceLanguage(u"fr"_s);
+    SessionState state;
+    for (const QString &order : {u"PFF"_s, u"BFF"_s}) {
+        SourceDico record;
+        write(record, Keys::srcPathStr, u"/v/"_s + order);
+        write(record, Keys::v_fields, 0, named(order));
+        state.rows.append({makeBatchEntry(record, 1, mixLayout, 1), {}});
+    }
+    state.rows[0].fate.reason = localised(u"V_reason_noThumbnail"_s);
+    state.rows[1].fate.reason = u"la disquette « x » est pleine"_s;
+    QVERIFY(BatchFile(folder.path()).write(state));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QByteArray json = file.readAll();
+    QVERIFY(json.contains("\"v0_fields\":\"PFF\""));
+    file.close();
+
+    const QByteArray french = named(u"PFF"_s).toUtf8();
+    setInterfaceLanguage(u"en"_s);
+    // As this version writes it, and as older ones did.
+    for (const QByteArray &spelling : {QByteArray("PFF"), french}) {
+        json.replace("\"v0_fields\":\"PFF\"", "\"v0_fields\":\"" + spelling + '"');
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(json) == json.size());
+        file.close();
+        const SessionState restored = BatchFile(folder.path()).read();
+        QCOMPARE(restored.rows.size(), 2);
+        const auto record = [&restored](int row) {
+            return read(restored.rows.at(row).entry, RowKeys::dico).value_or(Dico());
+        };
+        QCOMPARE(read(record(0), Keys::v_fields, 0), named(u"PFF"_s));
+        QCOMPARE(read(record(1), Keys::v_fields, 0), named(u"BFF"_s));
+        QVERIFY(!thumbnailFilter(record(0), {64, 48}).contains(u"yadif"));
+        QVERIFY(thumbnailFilter(record(1), {64, 48}).contains(u"yadif"));
+        QCOMPARE(restored.rows.at(0).fate.reason, localised(u"V_reason_noThumbnail"_s));
+        QCOMPARE(restored.rows.at(1).fate.reason, state.rows.at(1).fate.reason);
+    }
+    setInterfaceLanguage({});
 }
 
 void TestShellParts::formatTellsWhatIsMade()
