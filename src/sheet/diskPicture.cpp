@@ -24,6 +24,8 @@ constexpr QSize bandSize{360, 240};
 /// Leaves three gray rows between the bands; as many of the second are cut off.
 constexpr int secondBandTop = 243;
 constexpr double canvasDpi = 72;
+/// Stands for the quality that pictures get by default.
+constexpr double defaultFactor = -1;
 
 /// The canvas with the pictures that load; null when there is none, or one whose size
 /// cannot be told.
@@ -51,16 +53,23 @@ QImage canvasOf(const QStringList &pictures, const PicturePair &pair)
     return isAnyDrawn ? canvas : QImage();
 }
 
-bool makeDiskPicture(const QString &pictureFolder, const QString &destination)
+bool makeDiskPicture(const QString &pictureFolder, const QString &destination,
+                     const FileWriter &write)
 {
     const QStringList pictures = extractedPictures(pictureFolder);
     const PicturePair pair = diskPictures(loggedWeights(pictures));
     if (pair.first < 0)
         return false;
     logLine(u"multimediaDiskThumb - th#%ld & th#%ld", pair.first, pair.second);
-    const bool isSuccess =
-        imgRescale(canvasOf(pictures, pair), destination, canvasSize.width(), canvasSize.height(),
-                   canvasDpi, static_cast<int>(Placement::stretch), -1);
+    const QImage canvas = canvasOf(pictures, pair);
+    if (canvas.isNull())
+        return false;
+    const QImage picture = rescaled(canvas, canvasSize, canvasDpi, Placement::stretch, false);
+    const Result<void> written = writePicture(picture, destination, jpegFormat,
+                                              jpegQuality(defaultFactor), signedMetadata, write);
+    const bool isSuccess = bool(written);
+    if (!isSuccess)
+        logLine(u"imgExport           :-( '%@' %@", destination, written.reason());
     logLine(u"imgRescaleForced ? %@", destination);
     logLine(u"isSuccess           :-%@ img %@", isSuccess ? u")"_s : u"("_s, destination);
     return isSuccess;
@@ -68,10 +77,11 @@ bool makeDiskPicture(const QString &pictureFolder, const QString &destination)
 
 } // namespace
 
-bool multimediaDiskThumb(const QString &pictureFolder, const QString &destination)
+bool multimediaDiskThumb(const QString &pictureFolder, const QString &destination,
+                         const FileWriter &write)
 {
     logLine(u"multimediaDiskThumb - begin… (from %@ -> to %@)", pictureFolder, destination);
-    const bool isSuccess = makeDiskPicture(pictureFolder, destination);
+    const bool isSuccess = makeDiskPicture(pictureFolder, destination, write);
     logLine(u"multimediaDiskThumb - isSuccess ? %d", isSuccess);
     return isSuccess;
 }

@@ -10,7 +10,6 @@
 #include <QImageReader>
 #include <QImageWriter>
 #include <QPainter>
-#include <QSaveFile>
 
 #include <algorithm>
 
@@ -161,19 +160,14 @@ int jpegQuality(double compressionFactor)
 }
 
 Result<void> writePicture(const QImage &bitmap, const QString &path, const PictureFormat &format,
-                          int quality, const PictureMetadata &metadata)
+                          int quality, const PictureMetadata &metadata, const FileWriter &write)
 {
     // Encoded first: what cannot be written must not touch the file's place.
     const Result<QByteArray> picture = encoded(bitmap, format, quality);
     if (!picture)
         return Failure{picture.reason()};
-    const QByteArray content = finished(*picture, metadata);
-    QSaveFile file(path);
-    // commit() alone overlooks a last buffer that could not be written.
-    if (file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.flush() &&
-        file.commit())
-        return {};
-    return Failure{file.errorString()};
+    const WriteEnd end = write(path, finished(*picture, metadata));
+    return end ? Result<void>() : Failure{end.reason()};
 }
 
 bool imgExport(const QImage &bitmap, const QString &path, double compressionFactor)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "classShared/result.h"
+#include "classShared/wholeFile.h"
 #include "sheet/pictureFormats.h"
 #include "sheet/pictureMetadata.h"
 
@@ -29,15 +30,17 @@ qint64 bitmapBytesPerRow(int width);
 /// JPEG quality, 1 … 100, of a compression factor: within (0, 1], else 0.9.
 int jpegQuality(double compressionFactor);
 
-/// Encodes a picture and writes it beside its final name, then renames it over that.
-/// quality: 0 … 100, -1 leaves it to the codec. Metadata that cannot be added is logged
-/// and left out; texts that the picture carries itself never reach the file. The reason of
-/// a failure is meant for the log: no codec, a side longer than the format allows, no
-/// room, no permission. The file that was there is then unchanged.
+/// Encodes a picture, then has it written. quality: 0 … 100, -1 leaves it to the codec.
+/// Metadata that cannot be added is logged and left out; texts that the picture carries
+/// itself never reach the file. The reason of a failure is meant for the log: no codec, a
+/// side longer than the format allows, or the writer's own. The file that was there is then
+/// unchanged.
 Result<void> writePicture(const QImage &bitmap, const QString &path, const PictureFormat &format,
-                          int quality = -1, const PictureMetadata &metadata = {});
+                          int quality = -1, const PictureMetadata &metadata = {},
+                          const FileWriter &write = writeOver);
 
-/// Writes a picture in the format of the extension, whatever its case (unknown: JPEG).
+/// Writes a picture in the format of the extension, whatever its case (unknown: JPEG), over
+/// whatever bears the name.
 /// False also for a format that no installed codec writes; never are data of another
 /// format written under its name.
 bool imgExport(const QImage &bitmap, const QString &path, double compressionFactor);

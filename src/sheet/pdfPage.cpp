@@ -1,12 +1,13 @@
 #include "sheet/pdfPage.h"
 
+#include "classShared/lineLog.h"
 #include "sheet/pictureMetadata.h"
 
+#include <QBuffer>
 #include <QMarginsF>
 #include <QPageSize>
 #include <QPainter>
 #include <QPdfWriter>
-#include <QSaveFile>
 
 #include <cmath>
 
@@ -30,13 +31,12 @@ QPageSize pageSize(const PdfPage &page)
 } // namespace
 
 bool writePdfPage(const QString &path, const PdfPage &page,
-                  const std::function<void(QPainter &)> &draw)
+                  const std::function<void(QPainter &)> &draw, const FileWriter &write)
 {
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
+    QBuffer document;
+    document.open(QIODevice::WriteOnly);
     {
-        QPdfWriter writer(&file);
+        QPdfWriter writer(&document);
         writer.setTitle(page.title);
         writer.setCreator(softwareName());
         writer.setResolution(qRound(page.dpi));
@@ -49,8 +49,10 @@ bool writePdfPage(const QString &path, const PdfPage &page,
     }
     if (page.mayWrite && !page.mayWrite())
         return false;
-    // commit() alone overlooks a last buffer that could not be written.
-    return file.flush() && file.commit();
+    const WriteEnd end = write(path, document.data());
+    if (!end)
+        logLine(u"pdf                 :-( '%@' %@", path, end.reason());
+    return bool(end);
 }
 
 } // namespace vignar

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "classShared/wholeFile.h"
+
 #include <QSize>
 #include <QString>
 
@@ -21,9 +23,9 @@ struct PdfPage {
     std::function<bool()> mayWrite = {};
 };
 
-/// Writes a document of one page, drawn in its pixels, beside its final name and renamed
-/// over it. False leaves what was there before.
+/// Has a document of one page written that is drawn in its pixels. False leaves what was
+/// there before.
 bool writePdfPage(const QString &path, const PdfPage &page,
-                  const std::function<void(QPainter &)> &draw);
+                  const std::function<void(QPainter &)> &draw, const FileWriter &write = writeOver);
 
 } // namespace vignar

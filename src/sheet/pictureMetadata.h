@@ -12,9 +12,14 @@ struct PictureMetadata {
     QString title;
     /// Name of the file that it was made from.
     QString source;
+    /// Says who has made it even where it has no texts.
+    bool isSigned = false;
 
-    bool isEmpty() const { return title.isEmpty() && source.isEmpty(); }
+    bool isEmpty() const { return title.isEmpty() && source.isEmpty() && !isSigned; }
 };
+
+/// Of a picture that says nothing but who has made it.
+inline const PictureMetadata signedMetadata{.isSigned = true};
 
 /// "Vignar" and its version.
 QString softwareName();

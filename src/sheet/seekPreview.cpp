@@ -4,10 +4,10 @@
 #include "settings/stringTables.h"
 #include "sheet/extractionPasses.h"
 #include "sheet/imageExport.h"
+#include "sheet/ownMark.h"
 
 #include <QFileInfo>
 #include <QPainter>
-#include <QSaveFile>
 #include <QUrl>
 
 #include <algorithm>
@@ -67,21 +67,13 @@ Sprite spriteOf(const SeekPreview &preview)
     return sprite;
 }
 
-bool writeText(const QString &path, const QString &text)
-{
-    QSaveFile file(path);
-    const QByteArray content = text.toUtf8();
-    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size() &&
-           file.flush() && file.commit();
-}
-
 } // namespace
 
 QString previewCues(const QString &spriteName, const std::vector<PreviewTile> &tiles,
                     double duration)
 {
     const QString address = QString::fromLatin1(QUrl::toPercentEncoding(spriteName));
-    QString text = u"WEBVTT\n"_s;
+    QString text = QString::fromLatin1(webVttStart) + softwareName() + u'\n';
     qint64 start = 0;
     for (size_t at = 0; at < tiles.size(); ++at) {
         const bool isLast = at + 1 == tiles.size();
@@ -102,17 +94,18 @@ QString previewCues(const QString &spriteName, const std::vector<PreviewTile> &t
     return text;
 }
 
-Result<void> writeSeekPreview(const SeekPreview &preview)
+Result<void> writeSeekPreview(const SeekPreview &preview, const FileWriter &write)
 {
     const auto failure = [](const QString &path) {
         return Failure{filled(localised(u"V_reason_writePreview"_s), path)};
     };
     const Sprite sprite = spriteOf(preview);
-    if (sprite.tiles.empty() ||
-        !writePicture(sprite.picture, preview.spritePath, jpegFormat, spriteQuality))
+    if (sprite.tiles.empty() || !writePicture(sprite.picture, preview.spritePath, jpegFormat,
+                                              spriteQuality, signedMetadata, write))
         return failure(preview.spritePath);
     const QString name = QFileInfo(preview.spritePath).fileName();
-    if (!writeText(preview.vttPath, previewCues(name, sprite.tiles, preview.duration)))
+    const QString cues = previewCues(name, sprite.tiles, preview.duration);
+    if (!write(preview.vttPath, cues.toUtf8()))
         return failure(preview.vttPath);
     return {};
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "classShared/result.h"
+#include "classShared/wholeFile.h"
 
 #include <QRect>
 #include <QStringList>
@@ -31,13 +32,13 @@ struct PreviewTile {
     QRect place;
 };
 
-/// The WebVTT text. The first tile stands from 0 on, each up to the next one and the last
-/// up to the duration; a tile whose time is over at its start is left out.
+/// The WebVTT text, which says who has made it. The first tile stands from 0 on, each up to the
+/// next one and the last up to the duration; a tile whose time is over at its start is left out.
 QString previewCues(const QString &spriteName, const std::vector<PreviewTile> &tiles,
                     double duration);
 
-/// Writes both files, each beside its final name, then renamed over it. The reason of a
-/// failure names the file.
-Result<void> writeSeekPreview(const SeekPreview &preview);
+/// Has both files written. The reason of a failure names the file; after a failure of the
+/// sprite the other one is not begun.
+Result<void> writeSeekPreview(const SeekPreview &preview, const FileWriter &write = writeOver);
 
 } // namespace vignar

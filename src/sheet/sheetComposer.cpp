@@ -88,7 +88,7 @@ int quality(SheetFormat format, const SheetPalette &palette)
 
 bool writePage(const QString &path, SheetFormat format, const SheetDrawing &sheet,
                const SheetPictures &pictures, const PictureMetadata &metadata,
-               const std::function<bool()> &mayWrite)
+               const std::function<bool()> &mayWrite, const FileWriter &write)
 {
     QImage page(sheet.geometry.page, QImage::Format_RGB32);
     if (page.isNull())
@@ -101,8 +101,8 @@ bool writePage(const QString &path, SheetFormat format, const SheetDrawing &shee
     }
     if (mayWrite && !mayWrite())
         return false;
-    const Result<void> written =
-        writePicture(page, path, pictureFormat(format), quality(format, sheet.palette), metadata);
+    const Result<void> written = writePicture(page, path, pictureFormat(format),
+                                              quality(format, sheet.palette), metadata, write);
     if (!written)
         logLine(u"sheet               :-( %@", written.reason());
     return bool(written);
@@ -155,7 +155,7 @@ Result<void> sheetFits(const Dico &display, int pictureCount, SheetFormat format
 }
 
 Result<void> composeSheet(const Dico &display, SheetFormat format,
-                          const std::function<bool()> &mayWrite)
+                          const std::function<bool()> &mayWrite, const FileWriter &write)
 {
     const QString dstPath = readStr(display, Keys::dstPathStr);
     const QString path = sheetPath(dstPath, format);
@@ -172,10 +172,10 @@ Result<void> composeSheet(const Dico &display, SheetFormat format,
     const PictureMetadata metadata = metadataOf(display, sheet->content);
     const bool isWritten =
         format == SheetFormat::pdf
-            ? writePdfPage(path,
-                           {sheet->geometry.page, pdfDpi, singleLine(metadata.title), mayWrite},
-                           [&](QPainter &painter) { sheet->draw(painter, pictures); })
-            : writePage(path, format, *sheet, pictures, metadata, mayWrite);
+            ? writePdfPage(
+                  path, {sheet->geometry.page, pdfDpi, singleLine(metadata.title), mayWrite},
+                  [&](QPainter &painter) { sheet->draw(painter, pictures); }, write)
+            : writePage(path, format, *sheet, pictures, metadata, mayWrite, write);
     logLine(u"sheet               :-%@ '%@'", isWritten ? u")"_s : u"("_s, path);
     if (!isWritten)
         return Failure{filled(localised(u"V_reason_writeSheet"_s), path)};

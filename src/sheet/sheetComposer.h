@@ -2,6 +2,7 @@
 
 #include "classShared/result.h"
 #include "classShared/sourceDico.h"
+#include "classShared/wholeFile.h"
 
 #include <functional>
 
@@ -23,13 +24,13 @@ QString sheetPath(const QString &dstPath, SheetFormat format);
 /// the reason. To be asked before any picture is taken.
 Result<void> sheetFits(const Dico &display, int pictureCount, SheetFormat format);
 
-/// Draws the sheet of a display dictionary and writes it beside its final name, then
-/// renames it over that, unless mayWrite, asked once the sheet is drawn, says no: that is
-/// a failure which leaves what was there. Pictures that do not load are left out. The file
-/// carries its title and the name of the source (Keys::srcPathStr, may be absent). The
-/// reason of a failure names the path. Needs a QGuiApplication for its texts; a dictionary
-/// without colours takes them from the preferences. Any thread.
+/// Draws the sheet of a display dictionary and has it written, unless mayWrite, asked once
+/// the sheet is drawn, says no: that is a failure which leaves what was there. Pictures that do not
+/// load are left out. The file carries its title and the name of the source (Keys::srcPathStr, may
+/// be absent). The reason of a failure names the path. Needs a QGuiApplication for its texts; a
+/// dictionary without colours takes them from the preferences. Any thread.
 Result<void> composeSheet(const Dico &display, SheetFormat format,
-                          const std::function<bool()> &mayWrite = {});
+                          const std::function<bool()> &mayWrite = {},
+                          const FileWriter &write = writeOver);
 
 } // namespace vignar

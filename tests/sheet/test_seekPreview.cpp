@@ -1,6 +1,7 @@
 #include "sheetFixture.h"
 
 #include "sheet/extractionPasses.h"
+#include "sheet/pictureMetadata.h"
 #include "sheet/seekPreview.h"
 
 #include <QDir>
@@ -20,10 +21,14 @@ private Q_SLOTS:
         // The second and the third stand at one instant, as at the end of a short source.
         const std::vector<PreviewTile> tiles{
             {2.5, {0, 0, 160, 90}}, {3599.9996, {160, 0, 160, 90}}, {3600, {320, 0, 160, 90}}};
-        QCOMPARE(previewCues(u"été 1%.jpg"_s, tiles, 3601.25),
-                 u"WEBVTT\n"
-                 "\n00:00:00.000 --> 01:00:00.000\n%C3%A9t%C3%A9%201%25.jpg#xywh=0,0,160,90\n"
-                 "\n01:00:00.000 --> 01:00:01.250\n%C3%A9t%C3%A9%201%25.jpg#xywh=320,0,160,90\n"_s);
+        QCOMPARE(
+            previewCues(u"été 1%.jpg"_s, tiles, 3601.25),
+            u"WEBVTT\n"
+            "\nNOTE made by "_s +
+                softwareName() +
+                u"\n"
+                "\n00:00:00.000 --> 01:00:00.000\n%C3%A9t%C3%A9%201%25.jpg#xywh=0,0,160,90\n"
+                "\n01:00:00.000 --> 01:00:01.250\n%C3%A9t%C3%A9%201%25.jpg#xywh=320,0,160,90\n"_s);
         // An unknown duration.
         QVERIFY(previewCues(u"a.jpg"_s, tiles, 0).contains(u"--> 01:00:01.000\na.jpg#xywh=320"));
     }
