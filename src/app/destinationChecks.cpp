@@ -1,6 +1,5 @@
 #include "app/destinationChecks.h"
 
-#include "app/outlets.h"
 #include "app/sheetDisplay.h"
 #include "classShared/files.h"
 #include "classShared/lineLog.h"
@@ -9,10 +8,12 @@
 #include "settings/applicationPlaces.h"
 #include "settings/preferences.h"
 #include "settings/stringTables.h"
+#include "sheet/ownMark.h"
 
 #include <QFileInfo>
 
 #include <algorithm>
+#include <optional>
 
 namespace vignar
 {
@@ -47,27 +48,89 @@ std::optional<bool> settledReplacement()
     return earlier ? std::optional(*earlier == 1) : std::nullopt;
 }
 
-void askToReplacePreview(const SheetTarget &target, bool isOneOfSeveral, SheetOutcome &outcome)
+/// A file in the way.
+struct FoundFile {
+    QString path;
+    FileIdentity file;
+};
+
+/// Those of the files that are there; a folder is no file that could be replaced.
+QList<FoundFile> found(const QStringList &paths)
 {
-    for (const QString &path : {target.vttFile(), target.spriteFile()}) {
-        if (!QFileInfo::exists(path))
-            continue;
-        // One answer for both: cues that belong to another sprite would show nonsense.
-        if (!mayReplace(path, isOneOfSeveral))
-            outcome.previewNote = filled(localised(u"V_reason_previewKept"_s), path);
-        return;
+    QList<FoundFile> files;
+    for (const QString &path : paths) {
+        const auto file = fileIdentity(path);
+        if (file && file->kind != FileIdentity::Kind::folder)
+            files.append({path, *file});
     }
+    return files;
 }
 
-/// The files beside the sheet that the preferences ask for.
-QStringList sideFiles(const SheetTarget &target)
+enum class Answer { keep, replaceOwn, replaceAll };
+
+QString namesOf(const QList<FoundFile> &files)
 {
-    QStringList files;
-    if (isDiskPictureWanted())
-        files += target.diskPicturePath;
-    if (prefValue(Prefs::prefWebVtt))
-        files += {target.vttFile(), target.spriteFile()};
-    return files;
+    QStringList names;
+    for (const FoundFile &file : files)
+        names.append(QFileInfo(file.path).fileName());
+    return names.join(u", "_s);
+}
+
+/// Names all that the answer covers, and says what of it is not ours.
+QString questionText(const QList<FoundFile> &files)
+{
+    QString text = filled(localised(u"D_go_dossier_destination4Bis"_s), files.first().path);
+    if (files.size() > 1)
+        text += u' ' + filled(localised(u"V_replace_also"_s), namesOf(files.mid(1)));
+    QList<FoundFile> others = files;
+    others.removeIf([](const FoundFile &file) { return bearsOurMark(file.path); });
+    if (!others.isEmpty())
+        text += u' ' + filled(localised(u"V_replace_notOurs"_s), namesOf(others));
+    return text;
+}
+
+AlertAnswer ask(const QList<FoundFile> &files, bool isOneOfSeveral)
+{
+    const QString title = QFileInfo(files.first().path).fileName();
+    const QString text = questionText(files);
+    const QString keep = localised(u"D_keep"_s);
+    const QString replace = localised(u"D_replace"_s);
+    if (!isOneOfSeveral)
+        return {alertTimed(title, text, keep, replace, {}, AlertStyle::warning, questionSeconds),
+                false};
+    return alertTimedSuppressible(title, text, keep, replace, localised(u"D_applyToAll"_s),
+                                  AlertStyle::warning, questionSeconds);
+}
+
+Answer settledAnswer(bool isReplaced)
+{
+    logLine(u"pre-choix user      : yes");
+    return isReplaced ? Answer::replaceOwn : Answer::keep;
+}
+
+Answer answerAbout(const QList<FoundFile> &files, bool isOneOfSeveral)
+{
+    if (const auto settled = settledReplacement())
+        return settledAnswer(*settled);
+    const AlertAnswer answer = ask(files, isOneOfSeveral);
+    // The program of a worker may have had an answer for all that the worker did not know.
+    if (const auto settled = settledReplacement())
+        return settledAnswer(*settled);
+    const bool isReplaced = answer.button == AlertButton::second;
+    if (answer.isSuppressed && answer.button != AlertButton::timeout)
+        prefWrite(RunKeys::replaceFilesCheck, isReplaced ? 1 : 0);
+    return isReplaced ? Answer::replaceAll : Answer::keep;
+}
+
+Agreements agreements(const QList<FoundFile> &files, Answer answer)
+{
+    Agreements agreed;
+    for (const FoundFile &found : files) {
+        if (answer == Answer::replaceAll ||
+            (answer == Answer::replaceOwn && bearsOurMark(found.path)))
+            agreed.insert(found.path, found.file);
+    }
+    return agreed;
 }
 
 } // namespace
@@ -91,43 +154,47 @@ Result<void> checkedSpace(const QString &folder)
     return Failure{filled(localised(u"V_reason_diskFull"_s), folder)};
 }
 
-bool mayReplace(const QString &path, bool isOneOfSeveral)
+QStringList sideFiles(const SheetTarget &target)
 {
-    if (const auto settled = settledReplacement()) {
-        logLine(u"pre-choix user      : yes");
-        return *settled;
-    }
-    const QString title = QFileInfo(path).fileName();
-    const QString text = filled(localised(u"D_go_dossier_destination4Bis"_s), path);
-    const QString keep = localised(u"D_keep"_s);
-    const QString replace = localised(u"D_replace"_s);
-    if (!isOneOfSeveral)
-        return alertTimed(title, text, keep, replace, {}, AlertStyle::warning, questionSeconds) ==
-               AlertButton::second;
-    const AlertAnswer answer =
-        alertTimedSuppressible(title, text, keep, replace, localised(u"D_applyToAll"_s),
-                               AlertStyle::warning, questionSeconds);
-    const bool isReplaced = answer.button == AlertButton::second;
-    if (answer.isSuppressed)
-        prefWrite(RunKeys::replaceFilesCheck, isReplaced ? 1 : 0);
-    return isReplaced;
+    QStringList files;
+    if (isDiskPictureWanted())
+        files += target.diskPicturePath;
+    if (prefValue(Prefs::prefWebVtt))
+        files += {target.vttFile(), target.spriteFile()};
+    return files;
 }
 
-Result<void> askedToReplace(const SheetTarget &target, bool isOneOfSeveral, SheetOutcome &outcome)
+Agreements ownFiles(const QStringList &paths)
 {
-    const QString sheet = target.sheetFile(outcome.format);
-    const bool isSheetThere = QFileInfo::exists(sheet);
-    if (isSheetThere && !mayReplace(sheet, isOneOfSeveral)) {
-        outcome.status = SheetOutcome::Status::kept;
-        outcome.sheet = sheet;
-        return Failure{localised(u"V_reason_kept"_s)};
+    return agreements(found(paths), Answer::replaceOwn);
+}
+
+Result<PlacesSettled> settlePlaces(const SheetTarget &target, SheetFormat format,
+                                   bool isOneOfSeveral)
+{
+    const QString sheet = target.sheetFile(format);
+    PlacesSettled places;
+    if (const auto old = fileIdentity(sheet)) {
+        if (old->kind == FileIdentity::Kind::folder)
+            return Failure{filled(localised(u"V_reason_folderInPlace"_s), sheet)};
+        const QList<FoundFile> files = found(QStringList{sheet} + sideFiles(target));
+        const Answer answer = answerAbout(files, isOneOfSeveral);
+        places.agreed = agreements(files, answer);
+        if (!places.agreed.contains(sheet))
+            places.sheet = answer == Answer::keep ? PlacesSettled::Sheet::keep
+                                                  : PlacesSettled::Sheet::elsewhere;
+        return places;
     }
-    outcome.isDiskPictureKept = isDiskPictureWanted() &&
-                                QFileInfo::exists(target.diskPicturePath) &&
-                                !mayReplace(target.diskPicturePath, isOneOfSeveral);
-    if (prefValue(Prefs::prefWebVtt) && !isSheetThere)
-        askToReplacePreview(target, isOneOfSeveral, outcome);
-    return {};
+    const QStringList wanted = sideFiles(target);
+    for (const QStringList &group :
+         {QStringList{target.diskPicturePath}, {target.vttFile(), target.spriteFile()}}) {
+        if (!wanted.contains(group.first()))
+            continue;
+        const QList<FoundFile> files = found(group);
+        if (!files.isEmpty())
+            places.agreed.insert(agreements(files, answerAbout(files, isOneOfSeveral)));
+    }
+    return places;
 }
 
 bool isMadeWithoutAsking(const SheetTarget &target, SheetFormat format)
@@ -136,11 +203,12 @@ bool isMadeWithoutAsking(const SheetTarget &target, SheetFormat format)
     if (!isWritableFolder(folder) || !hasRoom(folder))
         return false;
     const auto settled = settledReplacement();
-    if (QFileInfo::exists(target.sheetFile(format)))
-        return settled == true;
+    const QString sheet = target.sheetFile(format);
+    if (fileIdentity(sheet))
+        return settled == true && bearsOurMark(sheet);
     const QStringList beside = sideFiles(target);
     return settled.has_value() || std::ranges::none_of(beside, [](const QString &file) {
-               return QFileInfo::exists(file);
+               return fileIdentity(file).has_value();
            });
 }
 

@@ -3,7 +3,7 @@
 #include "classShared/sourceDico.h"
 #include "sheet/sheetComposer.h"
 
-#include <QString>
+#include <QStringList>
 
 namespace vignar
 {
@@ -26,13 +26,14 @@ struct SheetOutcome {
     QString sheet;
     /// Path of the disk picture made or kept, else empty.
     QString diskPicture;
-    /// A file bore the disk picture's name already, and was kept.
-    bool isDiskPictureKept = false;
     /// Paths of the seek preview's files made or kept, else empty.
     QString sprite;
     QString vtt;
-    /// What is to be told of the seek preview: that it was kept, or why there is none.
-    QString previewNote;
+    /// What else is to be reported, one sentence each: files that were kept, a name that had
+    /// to be another one, files beside the sheet that could not be written.
+    QStringList notes;
+    /// A file beside the sheet was asked for and could not be written.
+    bool isIncomplete = false;
     int layout = mixLayout;
     SheetFormat format = SheetFormat::jpeg;
     /// Pictures on the sheet, and pictures planned that could not be had.
@@ -67,6 +68,14 @@ public:
         Q_UNUSED(title)
         Q_UNUSED(start)
         return {};
+    }
+
+    /// The number, at least the given one, that tells the files of a source from those of
+    /// others. Asked where files that are kept bear the names with the smaller numbers.
+    virtual int furtherNumber(const QString &source, int number)
+    {
+        Q_UNUSED(source)
+        return number;
     }
 
     // Progress.

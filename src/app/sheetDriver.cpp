@@ -76,6 +76,7 @@ bool SheetDriver::iba_batchGoBt(RowsToMake rows)
     if (m_isActive || !prepareDestinationFolder())
         return false;
     m_isActive = true;
+    sweepDeadParts(destination());
     m_taskStopInt = 0;
     m_taken.clear();
     m_outlets.setGoEnabled(false);
@@ -218,6 +219,7 @@ void SheetDriver::startRow(int index)
     write(record, Keys::encDeb, 1);
     m_row = index;
     m_outcome = SheetOutcome{.source = source};
+    m_isSheetKept = false;
     m_clock.start();
     m_batch.setResultat(index, Puces::puceCurrent);
     prefWrite(RunKeys::encCurrentProcessingFile, source);

@@ -99,6 +99,11 @@ private:
     void showStep(int pictures);
     void suspendRuns();
     Result<void> prepareRow();
+    Result<void> settleNames();
+    Result<void> keepSheet();
+    void setTarget(const SheetTarget &target);
+    SheetTarget furtherTarget();
+    void takeFreeTarget();
     Result<void> takeFolder();
     SheetPlan plannedSheet() const;
     Result<void> usePlan(const SheetPlan &plan);
@@ -107,6 +112,8 @@ private:
     void takeBlanksAgain(const BlankCheck &check);
     SheetProduction production() const;
     void useProduct(const SheetProduct &product);
+    void reportSideFiles(const SheetProduct &product);
+    void reportSideFile(const QString &path, WriteEnd::State end);
     void finishRow();
     void writeSummary() const;
     void startRun(const RunRequest &request);
@@ -128,6 +135,10 @@ private:
     int m_row = -1;
     RowChoices m_choices;
     SheetTarget m_target;
+    /// Files of it that may be replaced.
+    Agreements m_agreed;
+    /// The sheet is there and stays; what goes with it is missing.
+    bool m_isSheetKept = false;
     std::unique_ptr<RowPictures> m_pictures;
     /// They have been taken, or begun, ahead of the row's turn.
     bool m_isBegunAhead = false;

@@ -7,9 +7,12 @@
 #include "settings/logFiles.h"
 #include "settings/preferences.h"
 #include "settings/stringTables.h"
+#include "sheet/ownMark.h"
 #include "tasks/toolPlaces.h"
 
 #include <QFileInfo>
+
+#include <algorithm>
 
 namespace vignar
 {
@@ -62,15 +65,80 @@ Result<void> SheetDriver::prepareRow()
     if (auto folder = preparedDestination(destination()); !folder)
         return folder;
 
-    m_target = plannedTarget(workingRecord(), m_taken);
-    prefWriteChildDico(RunKeys::processEncDico, Keys::dstPathStr, m_target.dstPath);
-    prefWriteChildDico(RunKeys::processEncDico, Keys::dstPathStrMultimediaHd,
-                       m_target.diskPicturePath);
-    if (auto answer = askedToReplace(m_target, m_batch.count() > 1, *m_outcome); !answer)
-        return answer;
+    if (auto settled = settleNames(); !settled)
+        return settled;
     if (auto space = checkedSpace(destination()); !space)
         return space;
     return takeFolder();
+}
+
+void SheetDriver::setTarget(const SheetTarget &target)
+{
+    m_target = target;
+    prefWriteChildDico(RunKeys::processEncDico, Keys::dstPathStr, m_target.dstPath);
+    prefWriteChildDico(RunKeys::processEncDico, Keys::dstPathStrMultimediaHd,
+                       m_target.diskPicturePath);
+}
+
+SheetTarget SheetDriver::furtherTarget()
+{
+    SheetNaming naming = sheetNaming(workingRecord());
+    naming.firstNumber = m_outlets.furtherNumber(m_outcome->source, m_target.number + 1);
+    return sheetTarget(destination(), m_outcome->source, naming, m_taken);
+}
+
+Result<void> SheetDriver::settleNames()
+{
+    setTarget(plannedTarget(workingRecord(), m_taken));
+    const QString usual = m_target.sheetFile(m_outcome->format);
+    for (;;) {
+        const auto places = settlePlaces(m_target, m_outcome->format, m_batch.count() > 1);
+        if (!places)
+            return Failure{places.reason()};
+        m_agreed = places->agreed;
+        if (places->sheet == PlacesSettled::Sheet::keep)
+            return keepSheet();
+        if (places->sheet == PlacesSettled::Sheet::make)
+            break;
+        setTarget(furtherTarget());
+    }
+    const QString sheet = m_target.sheetFile(m_outcome->format);
+    if (sheet != usual)
+        m_outcome->notes += filled(localised(u"V_reason_notOurs"_s), usual, sheet);
+    return {};
+}
+
+/// A run that was killed may have left a sheet of ours without what goes with it.
+Result<void> SheetDriver::keepSheet()
+{
+    const QString sheet = m_target.sheetFile(m_outcome->format);
+    const QStringList beside = sideFiles(m_target);
+    const auto isMissing = [](const QString &path) { return !fileIdentity(path); };
+    m_isSheetKept = std::ranges::any_of(beside, isMissing) && bearsOurMark(sheet);
+    if (m_isSheetKept) {
+        // Half of a seek preview is of no use.
+        const QStringList preview{m_target.vttFile(), m_target.spriteFile()};
+        if (std::ranges::any_of(preview, isMissing))
+            m_agreed = ownFiles(preview);
+        return {};
+    }
+    m_outcome->status = SheetOutcome::Status::kept;
+    m_outcome->sheet = sheet;
+    return Failure{localised(u"V_reason_kept"_s)};
+}
+
+void SheetDriver::takeFreeTarget()
+{
+    const QString taken = m_target.sheetFile(m_outcome->format);
+    QStringList names;
+    do {
+        setTarget(furtherTarget());
+        names = QStringList{m_target.sheetFile(m_outcome->format)} + sideFiles(m_target);
+    } while (std::ranges::any_of(
+        names, [](const QString &path) { return fileIdentity(path).has_value(); }));
+    m_agreed.clear();
+    m_outcome->notes +=
+        filled(localised(u"V_reason_appeared"_s), taken, m_target.sheetFile(m_outcome->format));
 }
 
 Result<void> SheetDriver::takeFolder()
@@ -134,7 +202,7 @@ void SheetDriver::beginNextRow()
 {
     const int index = m_batch.waitingRow(m_row + 1);
     if (index < 0 || prefValue(Prefs::prefPlainPasses) ||
-        !QFileInfo::exists(m_batch.sourcePath(index)))
+        !QFileInfo::exists(m_batch.sourcePath(index)) || !m_next.source().isNull())
         return;
     const RowChoices choices = choicesOf(m_batch.row(index));
     const SourceDico record = read(m_batch.row(index), RowKeys::dico).value_or(Dico());

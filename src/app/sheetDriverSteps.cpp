@@ -181,9 +181,11 @@ SheetProduction SheetDriver::production() const
     write(production.display, Keys::dstPathStr, m_target.dstPath);
     if (m_choices.width > 0)
         write(production.display, Keys::pageWidth, m_choices.width);
-    if (isDiskPictureWanted() && !m_outcome->isDiskPictureKept)
+    production.isSheetKept = m_isSheetKept;
+    production.agreed = m_agreed;
+    if (isDiskPictureWanted())
         production.diskPicture = m_target.diskPicturePath;
-    if (prefValue(Prefs::prefWebVtt) && m_outcome->previewNote.isNull())
+    if (prefValue(Prefs::prefWebVtt))
         production.preview =
             SeekPreview{.instants = m_plan.instants,
                         .duration = read(workingRecord(), Keys::w_duration).value_or(0),
@@ -197,6 +199,12 @@ void SheetDriver::useProduct(const SheetProduct &product)
     again(u"encProcesses"_s);
     if (product.isStopped)
         return;
+    const QString sheet = m_target.sheetFile(m_outcome->format);
+    if (product.ends.value(sheet) == WriteEnd::State::taken) {
+        // Composing is still pending, and comes to the new name.
+        takeFreeTarget();
+        return;
+    }
     prefDeleteChildDico0(RunKeys::processEncDico, Keys::appvgDisplay);
     m_outcome->thumbnails = product.thumbnails;
     m_outcome->missing = m_plan.count - product.thumbnails;
@@ -206,18 +214,57 @@ void SheetDriver::useProduct(const SheetProduct &product)
         failRow(isFaultTheReason ? fault : product.sheet.reason(), SheetOutcome::Status::failed);
         return;
     }
-    m_outcome->status = SheetOutcome::Status::made;
-    m_outcome->sheet = m_target.sheetFile(m_outcome->format);
-    if (m_outcome->isDiskPictureKept || product.isDiskPictureMade)
-        m_outcome->diskPicture = m_target.diskPicturePath;
-    const bool isPreviewKept = !m_outcome->previewNote.isNull();
-    if (isPreviewKept || product.isPreviewMade) {
-        m_outcome->sprite = m_target.spriteFile();
-        m_outcome->vtt = m_target.vttFile();
-    } else {
-        m_outcome->previewNote = product.previewFault;
-    }
+    m_outcome->status = m_isSheetKept ? SheetOutcome::Status::kept : SheetOutcome::Status::made;
+    if (m_isSheetKept)
+        m_outcome->reason = localised(u"V_reason_kept"_s);
+    m_outcome->sheet = sheet;
+    reportSideFiles(product);
     prefWriteChildDico(RunKeys::processEncDico, Keys::dstPathStr, m_outcome->sheet);
+}
+
+void SheetDriver::reportSideFiles(const SheetProduct &product)
+{
+    using State = WriteEnd::State;
+    const auto endOf = [&product](const QString &path) {
+        return product.ends.value(path, State::failed);
+    };
+    if (isDiskPictureWanted()) {
+        const QString path = m_target.diskPicturePath;
+        reportSideFile(path, endOf(path));
+        if (endOf(path) != State::failed)
+            m_outcome->diskPicture = path;
+    }
+    if (!prefValue(Prefs::prefWebVtt))
+        return;
+    // What kept one of the two has kept the other.
+    const QString vtt = m_target.vttFile();
+    const QString sprite = m_target.spriteFile();
+    const QString &decisive = product.ends.contains(vtt) ? vtt : sprite;
+    reportSideFile(decisive, endOf(decisive));
+    if (endOf(decisive) != State::failed) {
+        m_outcome->sprite = sprite;
+        m_outcome->vtt = vtt;
+    }
+}
+
+void SheetDriver::reportSideFile(const QString &path, WriteEnd::State end)
+{
+    const bool isDiskPicture = path == m_target.diskPicturePath;
+    const auto note = [&](const QString &key) { m_outcome->notes += filled(localised(key), path); };
+    switch (end) {
+    case WriteEnd::State::written:
+        if (m_isSheetKept)
+            note(u"V_reason_sideMade"_s);
+        break;
+    case WriteEnd::State::taken:
+        if (!m_isSheetKept)
+            note(isDiskPicture ? u"V_reason_diskPictureKept"_s : u"V_reason_previewKept"_s);
+        break;
+    case WriteEnd::State::failed:
+        note(isDiskPicture ? u"V_reason_writeDiskPicture"_s : u"V_reason_writePreview"_s);
+        m_outcome->isIncomplete = true;
+        break;
+    }
 }
 
 StepEnd SheetDriver::endQuickTimeEncoding()

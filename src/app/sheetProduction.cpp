@@ -42,13 +42,41 @@ Dico displayOf(const SheetProduction &production, const QStringList &pictures)
     return display;
 }
 
-Result<void> makePreview(const SheetProduction &production, const QStringList &pictures)
+/// Writes the files of a row under what was agreed to, and notes how that ended.
+FileWriter rowWriter(const Agreements &agreed, QHash<QString, WriteEnd::State> &ends)
+{
+    return [&agreed, &ends](const QString &path, QByteArrayView content) {
+        const auto file = agreed.constFind(path);
+        const WriteEnd end =
+            writeWhole(path, content, file == agreed.cend() ? std::nullopt : std::optional(*file));
+        ends.insert(path, end.state());
+        return end;
+    };
+}
+
+bool isTaken(const QString &path, const Agreements &agreed)
+{
+    const auto found = fileIdentity(path);
+    const auto file = agreed.constFind(path);
+    return found && (file == agreed.cend() || *file != *found);
+}
+
+void makePreview(const SheetProduction &production, const QStringList &pictures,
+                 SheetProduct &product)
 {
     SeekPreview preview = *production.preview;
+    // Cues that belong to another sprite would show nonsense: both files or none.
+    for (const QString &path : {preview.vttPath, preview.spritePath}) {
+        if (isTaken(path, production.agreed)) {
+            product.ends.insert(path, WriteEnd::State::taken);
+            return;
+        }
+    }
     preview.pictures = pictures;
     preview.pictureSize = {read(production.display, Keys::wTh).value_or(0),
                            read(production.display, Keys::hTh).value_or(0)};
-    return writeSeekPreview(preview);
+    // The ends say what came of it.
+    (void)writeSeekPreview(preview, rowWriter(production.agreed, product.ends));
 }
 
 } // namespace
@@ -77,18 +105,16 @@ SheetProduct produceSheet(const SheetProduction &production,
         if (production.matrix)
             noteMatrix(picture, *production.matrix);
     }
-    if (mayGoOn())
-        product.sheet = composeSheet(displayOf(production, pictures), production.format, mayGoOn);
+    const FileWriter write = rowWriter(production.agreed, product.ends);
+    if (mayGoOn() && !production.isSheetKept)
+        product.sheet =
+            composeSheet(displayOf(production, pictures), production.format, mayGoOn, write);
     if (product.isStopped || !product.sheet)
         return product;
-    product.isDiskPictureMade =
-        !production.diskPicture.isNull() &&
-        multimediaDiskThumb(production.pictureFolder, production.diskPicture);
-    if (production.preview) {
-        const Result<void> preview = makePreview(production, pictures);
-        product.isPreviewMade = bool(preview);
-        product.previewFault = preview.reason();
-    }
+    if (!production.diskPicture.isNull())
+        multimediaDiskThumb(production.pictureFolder, production.diskPicture, write);
+    if (production.preview)
+        makePreview(production, pictures, product);
     return product;
 }
 

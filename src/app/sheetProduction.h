@@ -1,6 +1,7 @@
 #pragma once
 
 #include "classShared/result.h"
+#include "classShared/wholeFile.h"
 #include "sheet/blankPictures.h"
 #include "sheet/pictureMatrix.h"
 #include "sheet/seekPreview.h"
@@ -38,6 +39,10 @@ struct SheetProduction {
     BlankRetakes retakes;
     /// That of the pictures, where it is not the one that their readers assume.
     std::optional<LumaWeights> matrix;
+    /// The sheet is there already: only what goes with it is made.
+    bool isSheetKept = false;
+    /// The files that may be replaced.
+    Agreements agreed;
     /// Null: no disk picture.
     QString diskPicture;
     /// Its pictures and their size are filled in here.
@@ -51,16 +56,15 @@ struct SheetProduct {
     /// Pictures on the sheet.
     int thumbnails = 0;
     Result<void> sheet;
-    bool isDiskPictureMade = false;
-    bool isPreviewMade = false;
-    /// Why there is none where one was wanted.
-    QString previewFault;
+    /// How the writing of each file ended, by its path; what was not begun is not there.
+    QHash<QString, WriteEnd::State> ends;
 };
 
 /// Makes the sheet, the disk picture and the seek preview of a row whose pictures are all
 /// there. A stop that is wanted before the sheet is to take its place leaves what was there;
 /// one that comes later changes nothing any more, so that a sheet never lacks what belongs
-/// to it. Any thread.
+/// to it. Nothing is replaced but what was agreed to: where another file has come to the
+/// sheet's name the sheet fails, and the end of its path says that it is taken. Any thread.
 SheetProduct produceSheet(const SheetProduction &production,
                           const std::function<bool()> &isStopWanted = {});
 

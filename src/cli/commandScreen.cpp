@@ -1,9 +1,12 @@
 #include "cli/commandScreen.h"
 
+#include "app/sheetDestination.h"
+#include "classShared/format.h"
 #include "classShared/paths.h"
 #include "cli/jsonLines.h"
 #include "cli/recordText.h"
 #include "settings/preferences.h"
+#include "settings/stringTables.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -48,6 +51,12 @@ SheetOutcome CommandScreen::failure(const QString &source, const QString &reason
             .layout = chosenLayout(),
             .format =
                 isPdf ? SheetFormat::pdf : pictureFormatOf(prefValue(Prefs::prefSheetFormat))};
+}
+
+SheetOutcome CommandScreen::destinationFailure(const QString &source) const
+{
+    return failure(source, filled(localised(u"V_reason_destination"_s),
+                                  destinationFolder(destinationField())));
 }
 
 void CommandScreen::answerReplaceQuestion() const

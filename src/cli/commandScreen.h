@@ -26,6 +26,9 @@ public:
     /// The end of a source that no run has told of.
     SheetOutcome failure(const QString &source, const QString &reason) const;
 
+    /// The end of a source whose sheet has nowhere to go.
+    SheetOutcome destinationFailure(const QString &source) const;
+
     /// Answers the replace question for the next run as --existing says.
     void answerReplaceQuestion() const;
 

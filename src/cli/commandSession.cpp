@@ -117,8 +117,18 @@ void CommandSession::analysisEnded()
     const bool isBatchWanted = line().command == Command::sheet &&
                                m_application.whichArrayController().count() > 0 &&
                                !m_signals.isInterrupted();
-    if (!isBatchWanted || !m_application.iba_batchGoBt())
-        quit();
+    if (isBatchWanted && m_application.iba_batchGoBt())
+        return;
+    if (isBatchWanted)
+        failAllRows();
+    quit();
+}
+
+void CommandSession::failAllRows()
+{
+    const BatchList &batch = m_application.whichArrayController();
+    for (int index = 0; index < batch.count(); ++index)
+        sheetFinished(destinationFailure(batch.sourcePath(index)));
 }
 
 void CommandSession::sheetFinished(const SheetOutcome &outcome)

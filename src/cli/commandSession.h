@@ -36,6 +36,7 @@ private:
     void batchEnded() override;
 
     void rowAdded(int index);
+    void failAllRows();
     PlannedSource planned(const BatchEntry &row);
     void showProgress();
     void interrupt();

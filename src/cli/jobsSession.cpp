@@ -109,6 +109,8 @@ void JobsSession::told(WorkerProcess &worker, const Dico &message)
                           readStr(message, WorkerKeys::reason));
     } else if (word == WorkerWords::alert) {
         takeAlert(source, alertOf(message));
+    } else if (word == WorkerWords::further) {
+        takeFurther(source, read(message, WorkerKeys::number).value_or(1));
     } else if (word == WorkerWords::progress) {
         takeProgress(source, message);
     } else if (word == WorkerWords::outcome) {
@@ -228,26 +230,40 @@ void JobsSession::askInOrder()
     for (; m_nextAsked < m_sources.size(); ++m_nextAsked) {
         Source &source = m_sources[m_nextAsked];
         if (const auto question = std::exchange(source.question, {})) {
-            Dico message = workerMessage(WorkerWords::answer);
-            write(message, WorkerKeys::button, int(answerTo(*question)));
-            source.worker->say(message);
+            source.worker->say(answerTo(*question));
         }
         if (source.stage < Source::Stage::settled)
             return;
     }
 }
 
-AlertButton JobsSession::answerTo(const AlertRequest &question)
+Dico JobsSession::answerTo(const AlertRequest &question)
 {
-    if (m_answer)
-        return *m_answer;
+    Dico message = workerMessage(WorkerWords::answer);
+    if (m_answer) {
+        write(message, WorkerKeys::button, int(*m_answer));
+        write(message, WorkerKeys::isForAll, true);
+        return message;
+    }
     // A worker knows of one source only, and does not offer to answer for all.
     const AlertAnswer answer = alertTimedSuppressible(
         question.title, question.text, question.defaultButton, question.alternateButton,
         localised(u"D_applyToAll"_s), question.style, question.seconds);
-    if (answer.isSuppressed)
+    if (answer.isSuppressed && answer.button != AlertButton::timeout)
         m_answer = answer.button;
-    return answer.button;
+    write(message, WorkerKeys::button, int(answer.button));
+    return message;
+}
+
+void JobsSession::takeFurther(Source &source, int number)
+{
+    SheetNaming naming = source.naming;
+    naming.firstNumber = number;
+    const SheetTarget target = sheetTarget(destinationFolder(m_screen.destinationField()),
+                                           source.path, naming, m_takenNames);
+    Dico message = workerMessage(WorkerWords::answer);
+    write(message, WorkerKeys::number, target.number);
+    source.worker->say(message);
 }
 
 void JobsSession::showProgress()

@@ -67,7 +67,8 @@ private:
     void makeInOrder();
     void make(Source &source);
     void askInOrder();
-    AlertButton answerTo(const AlertRequest &question);
+    Dico answerTo(const AlertRequest &question);
+    void takeFurther(Source &source, int number);
     void showProgress();
     void stop();
 

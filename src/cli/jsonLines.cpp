@@ -55,7 +55,8 @@ QString sheetLine(const SheetOutcome &outcome, const QString &status)
                        {u"missing"_s, outcome.missing},
                        {u"interval"_s, outcome.interval},
                        {u"intervalAsked"_s, orNull(outcome.intervalAsked)},
-                       {u"seconds"_s, outcome.seconds}};
+                       {u"seconds"_s, outcome.seconds},
+                       {u"notes"_s, QJsonArray::fromStringList(outcome.notes)}};
     // Only where they were asked for.
     if (!outcome.sprite.isEmpty()) {
         object.insert(u"sprite"_s, outcome.sprite);

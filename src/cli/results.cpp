@@ -100,8 +100,8 @@ void Results::tell(const SheetOutcome &outcome)
     using Status = SheetOutcome::Status;
     const QString &source = outcome.source;
     if (outcome.status == Status::kept)
-        return note(source, outcome.reason);
-    if (outcome.status != Status::made)
+        note(source, outcome.reason);
+    else if (outcome.status != Status::made)
         return complain(source, outcome.reason);
     const int planned = outcome.missing + outcome.thumbnails;
     if (isOtherInterval(outcome.intervalAsked, outcome.interval))
@@ -109,10 +109,9 @@ void Results::tell(const SheetOutcome &outcome)
              otherInterval(outcome.layout, outcome.intervalAsked, outcome.interval, planned));
     if (outcome.missing > 0)
         note(source, filled(localised(u"V_reason_missingThumbnails"_s), outcome.missing, planned));
-    if (outcome.isDiskPictureKept)
-        note(source, filled(localised(u"V_reason_diskPictureKept"_s), outcome.diskPicture));
-    if (!outcome.previewNote.isEmpty())
-        note(source, outcome.previewNote);
+    for (const QString &text : outcome.notes)
+        note(source, text);
+    m_hasFailure = m_hasFailure || outcome.isIncomplete;
 }
 
 void Results::note(const QString &source, const QString &text)

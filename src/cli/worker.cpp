@@ -4,6 +4,7 @@
 #include "classShared/format.h"
 #include "cli/workerMessages.h"
 #include "settings/logFiles.h"
+#include "settings/preferences.h"
 #include "settings/stringTables.h"
 
 #include <QCoreApplication>
@@ -32,6 +33,10 @@ public:
             return {};
         const auto answer = m_channel.awaitAnswer();
         const int button = answer ? read(*answer, WorkerKeys::button).value_or(0) : 0;
+        // From here on it is settled for this source as if it had been from the start.
+        if (answer && read(*answer, WorkerKeys::isForAll).value_or(false))
+            prefWrite(RunKeys::replaceFilesCheck,
+                      AlertButton(button) == AlertButton::second ? 1 : 0);
         return {AlertButton(button), false};
     }
 
@@ -122,8 +127,7 @@ void Worker::make(int number)
     batch.setRecord(0, record);
     if (m_application->iba_batchGoBt())
         return;
-    sheetFinished(failure(batch.sourcePath(0), filled(localised(u"V_reason_destination"_s),
-                                                      QDir::cleanPath(destinationField()))));
+    sheetFinished(destinationFailure(batch.sourcePath(0)));
     done();
 }
 
@@ -143,6 +147,15 @@ void Worker::setProgressValue(ProgressBar bar, double value)
     write(message, WorkerKeys::landed, int(value));
     write(message, WorkerKeys::planned, m_planned);
     m_channel.say(message);
+}
+
+int Worker::furtherNumber(const QString &, int number)
+{
+    Dico message = workerMessage(WorkerWords::further);
+    write(message, WorkerKeys::number, number);
+    m_channel.say(message);
+    const auto answer = m_channel.awaitAnswer();
+    return answer ? read(*answer, WorkerKeys::number).value_or(number) : number;
 }
 
 void Worker::sheetFinished(const SheetOutcome &outcome)

@@ -28,6 +28,7 @@ public:
 private:
     void setProgressValue(ProgressBar bar, double value) override;
     void setProgressMaximum(ProgressBar bar, double maximum) override;
+    int furtherNumber(const QString &source, int number) override;
     void sourceRefused(const QString &path, const QString &reason) override;
     void analysisEnded() override;
     void sheetFinished(const SheetOutcome &outcome) override;

@@ -52,10 +52,10 @@ void visitOutcome(Outcome &outcome, Visitor visit)
     visit("reason", outcome.reason);
     visit("sheet", outcome.sheet);
     visit("diskPicture", outcome.diskPicture);
-    visit("isDiskPictureKept", outcome.isDiskPictureKept);
     visit("sprite", outcome.sprite);
     visit("vtt", outcome.vtt);
-    visit("previewNote", outcome.previewNote);
+    visit("notes", outcome.notes);
+    visit("isIncomplete", outcome.isIncomplete);
     visit("layout", outcome.layout);
     visit("format", outcome.format);
     visit("thumbnails", outcome.thumbnails);

@@ -24,6 +24,8 @@ inline constexpr Key<QString> text{"text"};
 inline constexpr Key<int> number{"number"};
 /// The button of an answer.
 inline constexpr Key<int> button{"button"};
+/// The answer was given to an earlier question, for all that follow.
+inline constexpr Key<bool> isForAll{"isForAll"};
 /// The worker ends by itself and takes no other source.
 inline constexpr Key<bool> isLast{"isLast"};
 /// Pictures that are there, and pictures planned.
@@ -41,7 +43,7 @@ namespace WorkerWords
 inline constexpr QLatin1String take{"take"};
 /// Make the sheet of the source that was analysed.
 inline constexpr QLatin1String make{"make"};
-/// What was answered to the question.
+/// What was answered to the question: a button, or a number.
 inline constexpr QLatin1String answer{"answer"};
 /// Give up what is under way, clean up and end.
 inline constexpr QLatin1String stop{"stop"};
@@ -53,6 +55,8 @@ inline constexpr QLatin1String analysed{"analysed"};
 inline constexpr QLatin1String refused{"refused"};
 /// A notice, or, where there are two buttons, a question that waits for its answer.
 inline constexpr QLatin1String alert{"alert"};
+/// Files that are kept bear the names; it asks for a number from the given one on.
+inline constexpr QLatin1String further{"further"};
 /// How many pictures are there. The first one says that all questions are over.
 inline constexpr QLatin1String progress{"progress"};
 inline constexpr QLatin1String outcome{"outcome"};

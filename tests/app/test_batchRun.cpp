@@ -3,6 +3,8 @@
 #include "settings/preferenceStore.h"
 #include "settings/preferences.h"
 #include "settings/stringTables.h"
+#include "sheet/imageExport.h"
+#include "sheet/ownMark.h"
 #include "support/folderListing.h"
 #include "support/makeClip.h"
 #include "support/recordingOutlets.h"
@@ -14,6 +16,9 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <functional>
+#include <utility>
+
 using namespace vignar;
 using namespace Qt::StringLiterals;
 
@@ -21,6 +26,49 @@ namespace
 {
 
 constexpr int patience = 60000;
+
+/// What stands at a name before a run, or comes to it during one.
+enum class Old { nothing, ours, photo, link, danglingLink, folder };
+
+/// Answers as it is told, and keeps the questions.
+class ScriptedAlerts : public AlertPresenter
+{
+public:
+    explicit ScriptedAlerts(QList<AlertAnswer> answers, QStringList &questions)
+        : m_answers(std::move(answers)), m_questions(questions)
+    {
+    }
+    AlertAnswer present(const AlertRequest &request) override
+    {
+        m_questions.append(request.text);
+        return m_answers.isEmpty() ? AlertAnswer() : m_answers.takeFirst();
+    }
+
+private:
+    QList<AlertAnswer> m_answers;
+    QStringList &m_questions;
+};
+
+/// Does something once the pictures of a row are being taken: all has been asked by then,
+/// and nothing is written yet.
+class MeanwhileOutlets : public RecordingOutlets
+{
+public:
+    std::function<void()> act;
+
+    void setStepsText(const QString &text) override
+    {
+        RecordingOutlets::setStepsText(text);
+        if (!text.isEmpty() && act)
+            std::exchange(act, {})();
+    }
+};
+
+QByteArray contentOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
 
 } // namespace
 
@@ -37,8 +85,13 @@ private Q_SLOTS:
     void refusesWhatIsNoMovie_data();
     void refusesWhatIsNoMovie();
     void unmadeRowsAreMadeAlone();
-    void keepsExistingSheetUnlessReplaced_data();
-    void keepsExistingSheetUnlessReplaced();
+    void oneAnswerIsForOneRow();
+    void answerForAllCoversOnlyWhatIsOurs_data();
+    void answerForAllCoversOnlyWhatIsOurs();
+    void whatComesMeanwhileIsKept_data();
+    void whatComesMeanwhileIsKept();
+    void missingSideFilesAreMadeAgain_data();
+    void missingSideFilesAreMadeAgain();
     void passesWithoutIntraPictureAreRetried();
     void vanishedSourceIsSkipped();
     void stopLeavesNothingBehind();
@@ -51,10 +104,14 @@ private:
     QString clip(const QString &name) const { return m_clips.filePath(name); }
     void analyse(appDelegate &application, const QStringList &sources);
     void go(appDelegate &application);
+    QString at(const QString &name) const { return m_destination->filePath(name); }
+    bool put(const QString &name, Old old);
+    bool isStill(const QString &name, Old old) const;
 
     QTemporaryDir m_clips;
     std::unique_ptr<QTemporaryDir> m_destination;
-    std::unique_ptr<RecordingOutlets> m_outlets;
+    std::unique_ptr<MeanwhileOutlets> m_outlets;
+    QByteArray m_ours;
 };
 
 void TestBatchRun::initTestCase()
@@ -70,6 +127,9 @@ void TestBatchRun::initTestCase()
     QVERIFY(makeClip(clip(u"long.mp4"_s), u"testsrc2=s=640x360:r=25:d=60"_s,
                      {u"-preset"_s, u"ultrafast"_s, u"-g"_s, u"9999"_s}));
     QVERIFY(makeClip(clip(u"sound.mp4"_s), u"sine=d=2"_s));
+    QImage picture16(16, 9, QImage::Format_RGB32);
+    picture16.fill(Qt::blue);
+    QVERIFY(writePicture(picture16, clip(u"ours.jpg"_s), jpegFormat, 90, signedMetadata));
     for (const QString &name : {u"text.mp4"_s, u"empty.mp4"_s}) {
         QFile file(clip(name));
         QVERIFY(file.open(QIODevice::WriteOnly));
@@ -81,7 +141,7 @@ void TestBatchRun::initTestCase()
 void TestBatchRun::init()
 {
     m_destination = std::make_unique<QTemporaryDir>();
-    m_outlets = std::make_unique<RecordingOutlets>();
+    m_outlets = std::make_unique<MeanwhileOutlets>();
     m_outlets->destination = m_destination->path();
     setSharedPreferenceStore(std::make_unique<MemoryPreferenceStore>());
 }
@@ -161,36 +221,206 @@ void TestBatchRun::unmadeRowsAreMadeAlone()
     QCOMPARE(batch.resultat(0), QString(Puces::puceSuccess));
 }
 
-void TestBatchRun::keepsExistingSheetUnlessReplaced_data()
+bool TestBatchRun::put(const QString &name, Old old)
 {
-    QTest::addColumn<int>("answer");
-    QTest::addColumn<bool>("isKept");
-    QTest::newRow("kept") << 0 << true;
-    QTest::newRow("replaced") << 1 << false;
-    QTest::newRow("nobody answers") << -1 << true;
+    const QString path = at(name);
+    QImage picture(16, 9, QImage::Format_RGB32);
+    picture.fill(Qt::red);
+    QFile photo(path);
+    switch (old) {
+    case Old::nothing:
+        return true;
+    case Old::ours:
+        if (!writePicture(picture, path, jpegFormat, 90, signedMetadata))
+            return false;
+        m_ours = contentOf(path);
+        return bearsOurMark(path);
+    case Old::photo:
+        return picture.save(path, "JPG") && !bearsOurMark(path);
+    case Old::link:
+        // What it leads to is ours, which changes nothing.
+        return QFile::exists(clip(u"ours.jpg"_s)) && QFile::link(clip(u"ours.jpg"_s), path);
+    case Old::danglingLink:
+        return QFile::link(at(u"nowhere"_s), path);
+    case Old::folder:
+        return QDir().mkdir(path);
+    }
+    return false;
 }
 
-void TestBatchRun::keepsExistingSheetUnlessReplaced()
+/// Nothing that was put there has changed, nor what it leads to.
+bool TestBatchRun::isStill(const QString &name, Old old) const
 {
-    QFETCH(int, answer);
-    QFETCH(bool, isKept);
-    const QByteArray photo = "the user's own photo";
-    for (const QString &name : {u"/clip-index.jpg"_s, u"/clip.jpg"_s}) {
-        QFile file(m_destination->path() + name);
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(photo) > 0);
+    const QFileInfo info(at(name));
+    switch (old) {
+    case Old::nothing:
+        return !info.exists();
+    case Old::ours:
+        return contentOf(at(name)) == m_ours;
+    case Old::photo:
+        return info.isFile() && QImage(at(name)).width() == 16 && !bearsOurMark(at(name));
+    case Old::link:
+        return info.isSymLink() && QImage(clip(u"ours.jpg"_s)).width() == 16;
+    case Old::danglingLink:
+        return info.isSymLink() && !QFile::exists(at(u"nowhere"_s));
+    case Old::folder:
+        return info.isDir();
     }
+    return false;
+}
+
+void TestBatchRun::oneAnswerIsForOneRow()
+{
+    const QStringList names{u"clip-index.jpg"_s, u"clip.jpg"_s, u"longGroup-index.jpg"_s,
+                            u"longGroup.jpg"_s};
+    for (const QString &name : names)
+        QVERIFY(put(name, Old::photo));
+    appDelegate application(*m_outlets);
+    analyse(application, {clip(u"a/clip.mp4"_s), clip(u"longGroup.mp4"_s)});
+    QStringList asked;
+    const AlertAnswer replace{AlertButton::second, false};
+    setAlertPresenter(std::make_unique<ScriptedAlerts>(QList{replace}, asked));
+    go(application);
+    // Nobody answers the second question.
+    QCOMPARE(asked.size(), 2);
+    for (int index = 0; index < names.size(); ++index)
+        QVERIFY2(isStill(names[index], Old::photo) == (index >= 2), qPrintable(names[index]));
+    QCOMPARE(m_outlets->outcomes[0].status, SheetOutcome::Status::made);
+    QCOMPARE(m_outlets->outcomes[1].status, SheetOutcome::Status::kept);
+}
+
+void TestBatchRun::answerForAllCoversOnlyWhatIsOurs_data()
+{
+    QTest::addColumn<Old>("sheet");
+    QTest::addColumn<Old>("diskPicture");
+    QTest::addColumn<int>("format");
+    QTest::addColumn<QString>("made");
+    QTest::addColumn<QStringList>("inNotes");
+    using enum Old;
+    const auto row = [](const char *name, Old sheet, Old diskPicture, int format,
+                        const QString &made, const QStringList &inNotes) {
+        QTest::newRow(name) << sheet << diskPicture << format << made << inNotes;
+    };
+    const QString first = u"clip-index"_s;
+    const QString second = u"clip-2-index"_s;
+    row("photo at the disk picture's name", ours, photo, 1, first, {u"clip.jpg"_s});
+    row("photo at the sheet's name", photo, nothing, 1, second, {first, second});
+    row("link at the sheet's name", link, link, 1, second, {first, second});
+    row("dangling link at a document's name", danglingLink, nothing, 0, second, {first, second});
+    row("folder at the sheet's name", folder, nothing, 1, {}, {});
+    row("folder at the disk picture's name", nothing, folder, 1, first, {u"clip.jpg"_s});
+}
+
+void TestBatchRun::answerForAllCoversOnlyWhatIsOurs()
+{
+    QFETCH(const Old, sheet);
+    QFETCH(const Old, diskPicture);
+    QFETCH(const int, format);
+    QFETCH(const QString, made);
+    QFETCH(const QStringList, inNotes);
+    const QString extension = format == 0 ? u".pdf"_s : u".jpg"_s;
+    const QString sheetName = u"clip-index"_s + extension;
+    QVERIFY(put(sheetName, sheet) && put(u"clip.jpg"_s, diskPicture));
+    m_outlets->format = format;
+    // The second time what the first has made is replaced: the numbers do not pile up.
+    for (int run = 0; run < 2; ++run) {
+        m_outlets->outcomes.clear();
+        m_outlets->analysisEnds = 0;
+        m_outlets->batchEnds = 0;
+        appDelegate application(*m_outlets);
+        analyse(application, {clip(u"a/clip.mp4"_s)});
+        prefWrite(RunKeys::replaceFilesCheck, 1);
+        go(application);
+        const SheetOutcome &outcome = m_outlets->outcomes.first();
+        QCOMPARE(outcome.sheet, made.isEmpty() ? QString() : at(made + extension));
+        QCOMPARE(outcome.status,
+                 made.isEmpty() ? SheetOutcome::Status::failed : SheetOutcome::Status::made);
+        for (const QString &text : inNotes)
+            QVERIFY2(outcome.notes.join(u'\n').contains(text), qPrintable(text));
+        QCOMPARE(outcome.notes.size(), inNotes.isEmpty() ? 0 : 1);
+        QCOMPARE(outcome.isIncomplete, diskPicture == Old::folder);
+        QVERIFY(made.isEmpty() || bearsOurMark(outcome.sheet));
+        QVERIFY(sheet == Old::ours || sheet == Old::nothing || isStill(sheetName, sheet));
+        const bool isTouched = diskPicture == Old::ours || diskPicture == Old::nothing;
+        QVERIFY(isTouched || isStill(u"clip.jpg"_s, diskPicture));
+    }
+}
+
+void TestBatchRun::whatComesMeanwhileIsKept_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<Old>("before");
+    QTest::addColumn<Old>("comes");
+    QTest::addColumn<int>("format");
+    QTest::addColumn<QString>("made");
+    const auto row = [](const char *label, const QString &name, Old before, Old comes, int format,
+                        const QString &made) {
+        QTest::newRow(label) << name << before << comes << format << made;
+    };
+    using enum Old;
+    const QString sheet = u"clip-index.jpg"_s;
+    const QString second = u"clip-2-index.jpg"_s;
+    row("sheet of another run", sheet, nothing, ours, 1, second);
+    row("another sheet in place of the agreed one", sheet, ours, ours, 1, second);
+    row("dangling link", sheet, nothing, danglingLink, 1, second);
+    row("link at the disk picture's name", u"clip.jpg"_s, ours, link, 1, sheet);
+    row("link at the cues' name", u"clip-index.vtt"_s, nothing, link, 1, sheet);
+    row("document", u"clip-index.pdf"_s, nothing, link, 0, u"clip-2-index.pdf"_s);
+}
+
+void TestBatchRun::whatComesMeanwhileIsKept()
+{
+    QFETCH(const QString, name);
+    QFETCH(const Old, before);
+    QFETCH(const Old, comes);
+    QFETCH(const int, format);
+    QFETCH(const QString, made);
+    prefWrite(Prefs::prefWebVtt, 1);
+    QVERIFY(put(name, before));
+    m_outlets->format = format;
+    bool hasCome = false;
+    m_outlets->act = [&] {
+        QFile::remove(at(name));
+        hasCome = put(name, comes);
+    };
     appDelegate application(*m_outlets);
     analyse(application, {clip(u"a/clip.mp4"_s)});
-    if (answer >= 0)
-        prefWrite(RunKeys::replaceFilesCheck, answer);
+    if (before != Old::nothing)
+        prefWrite(RunKeys::replaceFilesCheck, 1);
     go(application);
-    QCOMPARE(m_outlets->outcomes.first().status,
-             isKept ? SheetOutcome::Status::kept : SheetOutcome::Status::made);
-    for (const QString &name : {u"/clip-index.jpg"_s, u"/clip.jpg"_s}) {
-        QFile file(m_destination->path() + name);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QCOMPARE(file.readAll() == photo, isKept);
-    }
+    QVERIFY(hasCome);
+    const SheetOutcome &outcome = m_outlets->outcomes.first();
+    QVERIFY2(isStill(name, comes), qPrintable(name));
+    QCOMPARE(outcome.status, SheetOutcome::Status::made);
+    QCOMPARE(outcome.sheet, at(made));
+    QVERIFY(bearsOurMark(outcome.sheet));
+    QCOMPARE(outcome.notes.size(), 1);
+    QVERIFY(outcome.notes.first().contains(at(name)));
+}
+
+void TestBatchRun::missingSideFilesAreMadeAgain_data()
+{
+    QTest::addColumn<Old>("sheet");
+    QTest::addColumn<bool>("isMade");
+    QTest::newRow("our sheet") << Old::ours << true;
+    QTest::newRow("somebody's picture") << Old::photo << false;
+}
+
+void TestBatchRun::missingSideFilesAreMadeAgain()
+{
+    QFETCH(const Old, sheet);
+    QFETCH(const bool, isMade);
+    prefWrite(Prefs::prefWebVtt, 1);
+    QVERIFY(put(u"clip-index.jpg"_s, sheet));
+    appDelegate application(*m_outlets);
+    analyse(application, {clip(u"a/clip.mp4"_s)});
+    go(application);
+    const SheetOutcome &outcome = m_outlets->outcomes.first();
+    QCOMPARE(outcome.status, SheetOutcome::Status::kept);
+    QVERIFY(isStill(u"clip-index.jpg"_s, sheet));
+    for (const QString &name : {u"clip.jpg"_s, u"clip-index.vtt"_s, u"clip-index-sprite.jpg"_s})
+        QCOMPARE(bearsOurMark(at(name)), isMade);
+    QCOMPARE(outcome.notes.size(), isMade ? 2 : 0);
 }
 
 void TestBatchRun::passesWithoutIntraPictureAreRetried()

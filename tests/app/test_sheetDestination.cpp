@@ -3,11 +3,72 @@
 #include "settings/preferenceStore.h"
 #include "settings/preferences.h"
 
+#include "app/destinationChecks.h"
+#include "settings/alerts.h"
+#include "settings/preferenceStore.h"
+#include "settings/preferences.h"
+#include "settings/stringTables.h"
+#include "sheet/imageExport.h"
+#include "sheet/ownMark.h"
+
 #include <QDir>
+#include <QTemporaryDir>
 #include <QTest>
+
+#include <utility>
 
 using namespace vignar;
 using namespace Qt::StringLiterals;
+
+namespace
+{
+
+/// What stands at a name.
+enum class Old { nothing, ours, photo, link, danglingLink, folder };
+
+/// Answers as it is told, and keeps the questions.
+class ScriptedAlerts : public AlertPresenter
+{
+public:
+    explicit ScriptedAlerts(QList<AlertAnswer> answers, QStringList &questions)
+        : m_answers(std::move(answers)), m_questions(questions)
+    {
+    }
+    AlertAnswer present(const AlertRequest &request) override
+    {
+        m_questions.append(request.text);
+        return m_answers.isEmpty() ? AlertAnswer() : m_answers.takeFirst();
+    }
+
+private:
+    QList<AlertAnswer> m_answers;
+    QStringList &m_questions;
+};
+
+bool put(const QTemporaryDir &folder, const QString &name, Old old)
+{
+    const QString path = folder.filePath(name);
+    QImage picture(16, 9, QImage::Format_RGB32);
+    picture.fill(Qt::red);
+    switch (old) {
+    case Old::nothing:
+        return true;
+    case Old::ours:
+        return writePicture(picture, path, jpegFormat, 90, signedMetadata) && bearsOurMark(path);
+    case Old::photo:
+        return picture.save(path, "JPG") && !bearsOurMark(path);
+    case Old::link:
+        // What it leads to is ours, which changes nothing.
+        return put(folder, u"target.jpg"_s, Old::ours) && QFile::link(u"target.jpg"_s, path);
+    case Old::danglingLink:
+        return QFile::link(u"nowhere"_s, path);
+    case Old::folder:
+        return QDir().mkdir(path);
+    }
+    return false;
+}
+
+} // namespace
 
 class TestSheetDestination : public QObject
 {
@@ -26,6 +87,9 @@ private Q_SLOTS:
     void onlyTheRowAsksForAPdf();
     void namesByTemplate_data();
     void namesByTemplate();
+    void questionCoversASheetAndWhatGoesWithIt_data();
+    void questionCoversASheetAndWhatGoesWithIt();
+    void folderIsNoFileToReplace();
 };
 
 void TestSheetDestination::addsSubfolderInMovies_data()
@@ -193,6 +257,124 @@ void TestSheetDestination::namesByTemplate()
     };
     QCOMPARE(target().dstPath, u"/d/"_s + sheet);
     QCOMPARE(target().diskPicturePath, u"/d/{width}-2.jpg"_s);
+}
+
+void TestSheetDestination::questionCoversASheetAndWhatGoesWithIt_data()
+{
+    QTest::addColumn<Old>("sheet");
+    QTest::addColumn<Old>("side");
+    QTest::addColumn<int>("settled");
+    QTest::addColumn<QList<AlertAnswer>>("answers");
+    QTest::addColumn<int>("questions");
+    // Of two rows, one after the other: which of sheet, disk picture, cues and sprite may be
+    // replaced ("s", "d", "p" for both of the preview), and what becomes of the sheet.
+    QTest::addColumn<QStringList>("agreed");
+    using enum Old;
+    const AlertAnswer nobody;
+    const AlertAnswer keep{AlertButton::first, false};
+    const AlertAnswer replace{AlertButton::second, false};
+    const AlertAnswer keepAll{AlertButton::first, true};
+    const AlertAnswer replaceAll{AlertButton::second, true};
+    const AlertAnswer nobodyTicked{AlertButton::timeout, true};
+    constexpr int no = -1;
+    const auto row = [](const char *name, Old sheet, Old side, int settled,
+                        const QList<AlertAnswer> &answers, int questions,
+                        const QStringList &agreed) {
+        QTest::newRow(name) << sheet << side << settled << answers << questions << agreed;
+    };
+    const QString all = u"make sdp"_s;
+    const QString none = u"keep "_s;
+    const QString beside = u"make "_s;
+    row("keep", ours, ours, no, {keep, keep}, 2, {none, none});
+    row("replace", ours, ours, no, {replace, replace}, 2, {all, all});
+    row("replace the first", ours, ours, no, {replace, nobody}, 2, {all, none});
+    row("replace the second", ours, ours, no, {nobody, replace}, 2, {none, all});
+    row("replace all", ours, ours, no, {replaceAll}, 1, {all, all});
+    row("keep all", ours, ours, no, {keepAll}, 1, {none, none});
+    row("nobody", ours, ours, no, {}, 2, {none, none});
+    row("nobody, ticked", ours, ours, no, {nobodyTicked, replace}, 2, {none, all});
+    row("photos, replace", photo, photo, no, {replace, replace}, 2, {all, all});
+    row("photos, replace all", photo, photo, no, {replaceAll}, 1, {all, u"elsewhere "_s});
+    row("photos beside, replace all", ours, photo, no, {replaceAll}, 1, {all, u"make s"_s});
+    row("links, replace", link, danglingLink, no, {replace, replace}, 2, {all, all});
+    row("links, nobody", danglingLink, link, no, {}, 2, {none, none});
+    row("only beside, nobody", nothing, photo, no, {}, 4, {beside, beside});
+    row("only beside, replace", nothing, photo, no, {replace, keep, keep, replace}, 4,
+        {u"make d"_s, u"make p"_s});
+    row("nothing there", nothing, nothing, no, {}, 0, {beside, beside});
+    row("ours, settled to replace", ours, ours, 1, {}, 0, {all, all});
+    row("ours, settled to keep", ours, ours, 0, {}, 0, {none, none});
+    row("photos, settled to replace", photo, photo, 1, {}, 0, {u"elsewhere "_s, u"elsewhere "_s});
+    row("links, settled to replace", link, danglingLink, 1, {}, 0,
+        {u"elsewhere "_s, u"elsewhere "_s});
+    row("photos beside, settled to replace", ours, photo, 1, {}, 0, {u"make s"_s, u"make s"_s});
+    row("only beside, settled to replace", nothing, photo, 1, {}, 0, {beside, beside});
+    row("only ours beside, settled", nothing, ours, 1, {}, 0, {u"make dp"_s, u"make dp"_s});
+    row("folders beside, replace", ours, folder, no, {replace, replace}, 2,
+        {u"make s"_s, u"make s"_s});
+}
+
+void TestSheetDestination::questionCoversASheetAndWhatGoesWithIt()
+{
+    QFETCH(const Old, sheet);
+    QFETCH(const Old, side);
+    QFETCH(const int, settled);
+    QFETCH(const QList<AlertAnswer>, answers);
+    QFETCH(const int, questions);
+    QFETCH(const QStringList, agreed);
+    setSharedPreferenceStore(std::make_unique<MemoryPreferenceStore>());
+    prefWrite(Prefs::prefWebVtt, 1);
+    if (settled >= 0)
+        prefWrite(RunKeys::replaceFilesCheck, settled);
+    QStringList asked;
+    setAlertPresenter(std::make_unique<ScriptedAlerts>(answers, asked));
+    QStringList told;
+    for (int row = 0; row < agreed.size(); ++row) {
+        const QTemporaryDir folder;
+        const SheetTarget target{folder.filePath(u"a-index"_s), folder.filePath(u"a.jpg"_s)};
+        const QString file = target.sheetFile(SheetFormat::jpeg);
+        const auto name = [](const QString &path) { return QFileInfo(path).fileName(); };
+        QVERIFY(put(folder, name(file), sheet));
+        const QStringList beside{target.diskPicturePath, target.vttFile(), target.spriteFile()};
+        for (const QString &path : beside)
+            QVERIFY(put(folder, name(path), side));
+        const auto places = settlePlaces(target, SheetFormat::jpeg, true);
+        QVERIFY(places);
+        const char *const states[]{"make", "keep", "elsewhere"};
+        told += QString::fromLatin1(states[int(places->sheet)]) + u' ';
+        const auto &files = places->agreed;
+        told.last() += files.contains(file) ? u"s"_s : QString();
+        told.last() += files.contains(beside[0]) ? u"d"_s : QString();
+        QCOMPARE(files.contains(beside[1]), files.contains(beside[2]));
+        told.last() += files.contains(beside[1]) ? u"p"_s : QString();
+        for (auto found = files.cbegin(); found != files.cend(); ++found)
+            QVERIFY(fileIdentity(found.key()) == found.value());
+        if (row > 0 || asked.isEmpty())
+            continue;
+        // The question names what it is about, and says what of it is not ours.
+        QVERIFY(asked.first().contains(sheet == Old::nothing ? beside[0] : file));
+        const bool isSideNamed = side != Old::folder;
+        for (const QString &path : sheet == Old::nothing ? QStringList() : beside)
+            QCOMPARE(asked.first().contains(name(path)), isSideNamed);
+        const QString stranger = localised(u"V_replace_notOurs"_s).section(u'%', 0, 0);
+        QVERIFY(stranger.size() > 5);
+        const bool areOurs = (sheet == Old::ours && (side == Old::ours || side == Old::folder)) ||
+                             (sheet == Old::nothing && side == Old::ours);
+        QCOMPARE(asked.first().contains(stranger), !areOurs);
+    }
+    setAlertPresenter({});
+    QCOMPARE(asked.size(), questions);
+    QCOMPARE(told, agreed);
+}
+
+void TestSheetDestination::folderIsNoFileToReplace()
+{
+    const QTemporaryDir folder;
+    setSharedPreferenceStore(std::make_unique<MemoryPreferenceStore>());
+    QVERIFY(put(folder, u"a-index.jpg"_s, Old::folder));
+    const SheetTarget target{folder.filePath(u"a-index"_s), folder.filePath(u"a.jpg"_s)};
+    const auto places = settlePlaces(target, SheetFormat::jpeg, false);
+    QVERIFY(places.reason().contains(target.sheetFile(SheetFormat::jpeg)));
 }
 
 QTEST_GUILESS_MAIN(TestSheetDestination)

@@ -200,11 +200,14 @@ private Q_SLOTS:
         QVERIFY(mine.open(QIODevice::WriteOnly) && mine.write("my photo") == 8);
         mine.close();
         const SheetOutcome kept = made(clip, 1, 0);
-        QVERIFY(kept.status == SheetOutcome::Status::made && !kept.previewNote.isEmpty());
+        QVERIFY(kept.status == SheetOutcome::Status::made && !kept.notes.isEmpty());
         QVERIFY(mine.size() == 8 && !QFile::exists(kept.vtt));
-        // The answer about the sheet, which exists now, is that about its preview.
+        // An answer for all does not cover it.
+        QVERIFY(!made(clip, 1, 1).notes.isEmpty());
+        QVERIFY(mine.size() == 8 && !QFile::exists(kept.vtt));
+        QVERIFY(mine.remove());
         const SheetOutcome replaced = made(clip, 1, 1);
-        QVERIFY(replaced.previewNote.isEmpty() && QFile::exists(replaced.vtt));
+        QVERIFY(replaced.notes.isEmpty() && QFile::exists(replaced.vtt));
         QCOMPARE(QImage(mine.fileName()).height(), 90);
     }
 

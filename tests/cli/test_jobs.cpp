@@ -113,6 +113,9 @@ private Q_SLOTS:
     void endsWithItsWorkers_data();
     void endsWithItsWorkers();
     void asksOnceForAll();
+    void twoProgramsMakeTwoSheets();
+    void everySourceIsReportedWithoutADestination_data();
+    void everySourceIsReportedWithoutADestination();
 
 private:
     QStringList sheetArguments(const QString &jobs, const QString &destination,
@@ -265,9 +268,11 @@ void TestJobs::asksOnceForAll()
     for (const QJsonObject &line : runVignar(sheetArguments(u"1"_s, m_out->path(), sources)).lines)
         sheets.append(line[u"sheet"_s].toString());
     QCOMPARE(sheets.size(), 3);
+    // The last one could be anybody's, the others say that they are ours.
+    const QByteArray ours = "WEBVTT\n\nNOTE made by Vignar 0";
     for (const QString &sheet : sheets) {
         QFile old(sheet);
-        QVERIFY(old.open(QIODevice::WriteOnly) && old.write("old") > 0);
+        QVERIFY(old.open(QIODevice::WriteOnly) && old.write(sheet == sheets[2] ? "old" : ours) > 0);
     }
 
     Terminal terminal;
@@ -284,8 +289,85 @@ void TestJobs::asksOnceForAll()
     QCOMPARE(run.status, 0);
     QCOMPARE(terminal.shown().count("[2!]"), 1);
     QVERIFY2(terminal.shown().contains("[2/3] "), "a line of progress for all of them");
-    for (const QString &sheet : std::as_const(sheets))
-        QVERIFY(contents(sheet) != "old");
+    for (int index = 0; index < 2; ++index)
+        QVERIFY(contents(sheets[index]) != ours);
+    QCOMPARE(contents(sheets[2]), QByteArray("old"));
+    QCOMPARE(run.lines[2][u"sheet"_s].toString(), m_out->filePath(u"y-2-index.jpg"_s));
+}
+
+void TestJobs::twoProgramsMakeTwoSheets()
+{
+    const QString other = m_clips.filePath(u"b/x.mp4"_s);
+    QProcess first;
+    first.start(
+        QStringLiteral(VIGNAR_CLI),
+        sheetArguments(u"1"_s, m_out->path(), {u"--set"_s, u"prefPlainPasses=1"_s, m_long}));
+    // Pictures are taken once the name is settled.
+    QVERIFY(QTest::qWaitFor(
+        [&] {
+            for (const pid_t process : processesNaming(m_long)) {
+                if (contents(u"/proc/%1/cmdline"_s.arg(process)).contains("img0"))
+                    return true;
+            }
+            return false;
+        },
+        patience));
+    QCOMPARE(::kill(pid_t(first.processId()), SIGSTOP), 0);
+    const ProgramRun second = runVignar(sheetArguments(u"1"_s, m_out->path(), {other}));
+    QCOMPARE(::kill(pid_t(first.processId()), SIGCONT), 0);
+    const ProgramRun held = finished(first);
+    QCOMPARE(held.status + second.status, 0);
+    const QString usual = m_out->filePath(u"x-index.jpg"_s);
+    const QString numbered = m_out->filePath(u"x-2-index.jpg"_s);
+    QCOMPARE(second.lines.value(0)[u"sheet"_s].toString(), usual);
+    QCOMPARE(held.lines.value(0)[u"sheet"_s].toString(), numbered);
+    QCOMPARE(held.lines.value(0)[u"status"_s].toString(), u"made"_s);
+    QVERIFY(held.errors.contains(usual));
+    QVERIFY(QImage(usual).height() > 0 && QImage(numbered).height() > 0);
+}
+
+void TestJobs::everySourceIsReportedWithoutADestination_data()
+{
+    QTest::addColumn<QString>("jobs");
+    QTest::addColumn<bool>("isHomeUsed");
+    for (const QString &jobs : {u"1"_s, u"2"_s}) {
+        QTest::addRow("%s at once, vanished", qPrintable(jobs)) << jobs << false;
+        QTest::addRow("%s at once, no home", qPrintable(jobs)) << jobs << true;
+    }
+}
+
+void TestJobs::everySourceIsReportedWithoutADestination()
+{
+    QFETCH(const QString, jobs);
+    QFETCH(const bool, isHomeUsed);
+    const QStringList sources{m_clips.filePath(u"b/x.mp4"_s), m_clips.filePath(u"c/x.mkv"_s),
+                              m_clips.filePath(u"c/y.mp4"_s)};
+    const QString out = m_out->filePath(u"gone"_s);
+    QVERIFY(QDir().mkdir(out));
+    QProcess process;
+    QStringList arguments = sheetArguments(jobs, out, sources);
+    if (isHomeUsed) {
+        // Below a file there can be no folder, for root neither.
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(u"HOME"_s, m_long);
+        process.setProcessEnvironment(environment);
+        arguments.remove(arguments.indexOf(u"-o"_s), 2);
+    }
+    process.start(QStringLiteral(VIGNAR_CLI), arguments);
+    if (!isHomeUsed) {
+        // The analysis of the first source is under way.
+        QVERIFY(QTest::qWaitFor([&] { return workerOn(sources.first()) > 0; }, patience));
+        QVERIFY(QDir(out).removeRecursively());
+    }
+    const ProgramRun run = finished(process);
+    QCOMPARE(run.status, 1);
+    QCOMPARE(run.lines.size(), 3);
+    for (int index = 0; index < 3; ++index) {
+        QCOMPARE(run.lines[index][u"source"_s].toString(), sources[index]);
+        QCOMPARE(run.lines[index][u"status"_s].toString(), u"failed"_s);
+        QCOMPARE(run.errors.count(sources[index] + u": "_s), 1);
+    }
+    QVERIFY(!QFile::exists(out) || isHomeUsed);
 }
 
 QTEST_GUILESS_MAIN(TestJobs)
