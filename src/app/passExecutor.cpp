@@ -81,7 +81,7 @@ void PassExecutor::start(const PassMap &passes, const SourceDico &source)
     m_retried.clear();
     m_fault = RunFault::none;
     m_isLate = false;
-    m_budget.start(budgetOf(passes.size()));
+    m_budget.start(m_ownBudget.value_or(budgetOf(passes.size())));
     if (!passes.empty())
         m_folderWatcher.addPath(QFileInfo(passes.cbegin()->second.constLast()).path());
     m_planning.start(

@@ -48,6 +48,9 @@ public:
     /// Processes that run at once: what the preferences say, unless set.
     void setProcesses(int processes) { m_processes = processes; }
 
+    /// Shortens the budget, for tests.
+    void setBudget(std::chrono::milliseconds budget) { m_ownBudget = budget; }
+
 Q_SIGNALS:
     /// So many pictures are there now.
     void landed(int pictures);
@@ -105,6 +108,7 @@ private:
     RunFault m_fault = RunFault::none;
     bool m_isLate = false;
     QTimer m_budget;
+    std::optional<std::chrono::milliseconds> m_ownBudget;
     /// Of the budget, while it is suspended.
     std::chrono::milliseconds m_budgetLeft{0};
     /// Pictures whose plain pass was run again because their file was damaged.
