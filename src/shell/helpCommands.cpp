@@ -1,9 +1,9 @@
 #include "shell/helpCommands.h"
 
+#include "classShared/format.h"
 #include "classShared/lineLog.h"
 #include "settings/alerts.h"
 #include "settings/logFiles.h"
-#include "settings/preferences.h"
 #include "settings/stringTables.h"
 #include "shell/fileManager.h"
 #include "shell/icons.h"
@@ -15,6 +15,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QLocale>
 #include <QMessageBox>
 #include <QSysInfo>
 
@@ -34,6 +35,13 @@ QString ffmpegVersion()
                                                  : QString();
 }
 
+QString releaseText()
+{
+    const QDate day = QDate::fromString(QStringLiteral(VIGNAR_RELEASE_DATE), Qt::ISODate);
+    return filled(localised(u"V_about_release"_s), QStringLiteral(VIGNAR_VERSION),
+                  QLocale(interfaceLanguage()).toString(day, u"d MMMM yyyy"_s));
+}
+
 HelpCommands::HelpCommands(MainWindow &window, QObject *parent) : QObject(parent), m_window(window)
 {
     MainMenu &menu = window.menu();
@@ -44,12 +52,6 @@ HelpCommands::HelpCommands(MainWindow &window, QObject *parent) : QObject(parent
             [this] { iba_OpenFile(summaryLogPath()); });
     connect(menu.openTexts, &QAction::triggered, this, &HelpCommands::iba_openLocalizationFile);
     connect(menu.report, &QAction::triggered, this, &HelpCommands::report);
-    // The preferences window, which shows it too, gives the activity back when it closes.
-    const auto showUpdate = [&menu] { menu.update->setChecked(prefValue(Prefs::update) != 0); };
-    showUpdate();
-    connect(&window, &MainWindow::activated, this, showUpdate);
-    connect(menu.update, &QAction::triggered, this,
-            [](bool isOn) { prefWrite(Prefs::update, int(isOn)); });
     connect(menu.about, &QAction::triggered, this, &HelpCommands::showAbout);
 }
 
@@ -115,9 +117,10 @@ void HelpCommands::showAbout()
     box->setWindowTitle(localised(u"V_menu_about"_s).remove(u'&'));
     box->setTextFormat(Qt::PlainText);
     box->setIconPixmap(applicationIcon().pixmap(64));
-    box->setText(QGuiApplication::applicationDisplayName() + u' ' +
-                 QCoreApplication::applicationVersion());
-    box->setInformativeText(localised(u"V_about_purpose"_s) + u"\n\n"_s + versions().join(u'\n'));
+    box->setText(QGuiApplication::applicationDisplayName());
+    box->setInformativeText(QStringList{localised(u"V_about_purpose"_s), releaseText(),
+                                        localised(u"V_about_contacts"_s), versions().join(u'\n')}
+                                .join(u"\n\n"_s));
     box->setStandardButtons(QMessageBox::Close);
     box->setWindowModality(Qt::WindowModal);
     box->open();

@@ -39,6 +39,9 @@ private:
     QList<std::function<QString()>> m_components;
 };
 
+/// "Version 1.0 of 3 May 2027": this version and its release, in the user's language.
+QString releaseText();
+
 /// "ffmpeg 5.1.6" of the ffmpeg in use; null when there is none.
 QString ffmpegVersion();
 

@@ -114,11 +114,6 @@ void MainMenu::fillHelp(QMenuBar &bar)
     menu.addSeparator();
     openTexts = add(menu, localised(u"V_menu_texts"_s));
     report = add(menu, localised(u"V_menu_report"_s));
-    update = add(menu, localised(u"V_menu_update"_s));
-    update->setCheckable(true);
-    update->setStatusTip(localised(u"V_menu_updateTip"_s));
-    update->setToolTip(localised(u"V_menu_updateTip"_s));
-    menu.setToolTipsVisible(true);
     menu.addSeparator();
     about = add(menu, localised(u"V_menu_about"_s), u"help-about"_s);
     about->setMenuRole(QAction::AboutRole);

@@ -48,7 +48,6 @@ public:
     QAction *openSummaryLog;
     QAction *openTexts;
     QAction *report;
-    QAction *update;
     QAction *about;
 
     /// The commands for the rows, a null one for a separator.

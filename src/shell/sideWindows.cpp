@@ -87,7 +87,6 @@ void SideWindows::followWindow(PreferencesDialog &preferences)
         connect(chooser, &ChoiceRow::chosenByUser, &preferences, reload);
     connect(&window.destination(), &DestinationRow::edited, &preferences, reload);
     connect(&window.menu(), &MainMenu::destinationChosen, &preferences, reload);
-    connect(window.menu().update, &QAction::triggered, &preferences, reload);
 }
 
 void SideWindows::preferenceChanged()

@@ -93,11 +93,6 @@ void PreferencePage::setRowEnabled(const QString &key, bool isEnabled)
         parts.label->setEnabled(isEnabled);
 }
 
-void PreferencePage::setRowVisible(const QString &key, bool isVisible)
-{
-    m_form->setRowVisible(m_parts.value(key).control, isVisible);
-}
-
 QSize PreferencePage::sizeHint() const
 {
     return widget()->sizeHint() + QSize(verticalScrollBar()->sizeHint().width(), 0);

@@ -26,7 +26,6 @@ public:
 
     /// A control with its label.
     void setRowEnabled(const QString &key, bool isEnabled);
-    void setRowVisible(const QString &key, bool isVisible);
 
     /// As wide as its form: it scrolls up and down only.
     QSize sizeHint() const override;

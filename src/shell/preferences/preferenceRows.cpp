@@ -39,7 +39,6 @@ constexpr PreferenceRow rows[] = {
      .pane = Pane::general,
      .kind = Kind::checkBox,
      .beginsGroup = true},
-    {.key = Prefs::update.text, .pane = Pane::general, .kind = Kind::checkBox, .beginsGroup = true},
 
     {.key = Prefs::prefCheckMatrix.text, .pane = Pane::sheet, .kind = Kind::layoutChoice},
     {.key = Prefs::prefColor.text,

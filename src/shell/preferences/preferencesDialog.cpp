@@ -87,7 +87,6 @@ void PreferencesDialog::makeRows()
         if (row.key == Prefs::prefNameTemplate.text)
             pageOf(row).addNote(m_nameExample);
     }
-    pageOf(preferenceRow(Prefs::update)).setRowVisible(Prefs::update, false);
 }
 
 QWidget *PreferencesDialog::makePreviewColumn()
@@ -203,7 +202,7 @@ void PreferencesDialog::perform(Action action)
         // The folder is prepared when a batch starts.
         return;
     case Action::showUpdateControls:
-        pageOf(preferenceRow(Prefs::update)).setRowVisible(Prefs::update, true);
+        // There are none: updates come with those of the system.
         return;
     default:
         updateDependents();
