@@ -21,7 +21,7 @@ public:
 
     /// Read-only data: "tools", "en.lproj", ….
     virtual QString resourceFolder() const = 0;
-    /// What the user adds by hand: an ffmpeg of his own, fonts.conf.
+    /// What the user adds by hand: an ffmpeg of his own, fonts.conf, texts.
     virtual QString supportFolder() const = 0;
     virtual QString preferenceFolder() const = 0;
     virtual QString logFolder() const = 0;

@@ -30,6 +30,19 @@ QString languageFolder(const QString &code)
     return applicationPlaces().resourceFolder() + u'/' + code + u".lproj"_s;
 }
 
+/// Where the user keeps texts of his own, which go before those of the resources. The field
+/// orders are not among them: they are compared with one another.
+QString ownTablePath(const QString &code)
+{
+    return applicationPlaces().supportFolder() + u'/' + code + u".lproj/"_s + localizedTable +
+           u".strings"_s;
+}
+
+bool isLanguageKnown(const QString &code)
+{
+    return QFileInfo(languageFolder(code)).isDir() || QFileInfo(ownTablePath(code)).isFile();
+}
+
 /// The tables read so far, of one resource folder. Texts are looked up from worker
 /// threads too.
 struct Tables {
@@ -52,7 +65,7 @@ QString firstUserLanguage()
     // A name begins with the code: "fr", "fr-CA", "fr-Latn-FR".
     for (const QString &name : QLocale::system().uiLanguages()) {
         const QString code = name.section(u'-', 0, 0).toLower();
-        if (code.size() == 2 && QFileInfo(languageFolder(code)).isDir())
+        if (code.size() == 2 && isLanguageKnown(code))
             return code;
     }
     return fallbackLanguage;
@@ -71,18 +84,22 @@ QString currentLanguage(Tables &all)
     return all.language;
 }
 
-const Table &tableIn(Tables &all, const QString &language, const QString &table)
+QString shippedTablePath(const QString &code, const QString &table)
 {
-    const QString path = languageFolder(language) + u'/' + table + u".strings"_s;
+    return languageFolder(code) + u'/' + table + u".strings"_s;
+}
+
+const Table &tableIn(Tables &all, const QString &path)
+{
     auto parsed = all.parsed.constFind(path);
     if (parsed == all.parsed.cend())
         parsed = all.parsed.insert(path, parseStrings(readStringsFile(path)));
     return *parsed;
 }
 
-QString textIn(Tables &all, const QString &language, const QString &table, const QString &key)
+QString textIn(Tables &all, const QString &path, const QString &key)
 {
-    return tableIn(all, language, table).value(key);
+    return tableIn(all, path).value(key);
 }
 
 /// The languages that have a folder in the resources.
@@ -201,8 +218,13 @@ QString tableText(const QString &key, const QString &table)
 {
     Tables &all = tables();
     const QMutexLocker locker(&all.mutex);
-    const QString text = textIn(all, currentLanguage(all), table, key);
-    return text.isEmpty() ? textIn(all, fallbackLanguage, table, key) : text;
+    const QString language = currentLanguage(all);
+    QString text;
+    if (table == localizedTable)
+        text = textIn(all, ownTablePath(language), key);
+    if (text.isEmpty())
+        text = textIn(all, shippedTablePath(language, table), key);
+    return text.isEmpty() ? textIn(all, shippedTablePath(fallbackLanguage, table), key) : text;
 }
 
 QString localised(const QString &key, const QString &table)
@@ -256,7 +278,7 @@ QString keyOfText(const QString &text, const QString &table)
     Tables &all = tables();
     const QMutexLocker locker(&all.mutex);
     for (const QString &language : QStringList(currentLanguage(all)) + languages()) {
-        const Table &texts = tableIn(all, language, table);
+        const Table &texts = tableIn(all, shippedTablePath(language, table));
         if (texts.contains(text))
             return text;
         if (const QString key = texts.key(text); !key.isNull())
@@ -288,8 +310,24 @@ QString currentLocalizationFile()
     if (!isLocalised(u"D_Langue"_s) || language.size() != 3)
         return {};
     logLine(u"Local language      : %@", language);
-    const QString path = languageFolder(language.left(2)) + u"/Localized.strings"_s;
-    return QFileInfo(path).isFile() ? path : QString();
+    const QString shipped = shippedTablePath(language.left(2), localizedTable);
+    for (const QString &path : {ownTablePath(interfaceLanguage()), shipped}) {
+        if (QFileInfo(path).isFile())
+            return path;
+    }
+    return {};
+}
+
+QString ownLocalizationFile()
+{
+    const QString current = currentLocalizationFile();
+    const QString own = ownTablePath(interfaceLanguage());
+    if (current.isNull() || current == own)
+        return current;
+    // Read-only where the package or the file system makes it so.
+    const bool isMade = QDir().mkpath(QFileInfo(own).path()) && QFile::copy(current, own) &&
+                        QFile::setPermissions(own, QFile::permissions(own) | QFile::WriteOwner);
+    return isMade ? own : QString();
 }
 
 } // namespace vignar

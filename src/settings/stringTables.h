@@ -14,7 +14,7 @@ inline constexpr QLatin1String localizedTable{"Localized"};
 inline constexpr QLatin1String fieldsTable{"fields"};
 
 /// Two-letter code of the language in use: the first of the user's languages that
-/// has a folder in the resources, else "en".
+/// has a folder in the resources or a table of the user's own, else "en".
 QString interfaceLanguage();
 /// Chooses a language by its two-letter code; a null code returns to the user's.
 void setInterfaceLanguage(const QString &code);
@@ -27,8 +27,8 @@ QHash<QString, QString> parseStrings(const QString &content);
 /// cannot be read.
 QString readStringsFile(const QString &path);
 
-/// The text of a key in the language in use, else in English, else "". These lookups
-/// are thread-safe.
+/// The text of a key in the language in use, the user's own table first, else in English,
+/// else "". These lookups are thread-safe.
 QString tableText(const QString &key, const QString &table);
 
 /// The text of a key, or the key itself when the table has none.
@@ -50,8 +50,12 @@ QString keyOfText(const QString &text, const QString &table);
 /// The keys of a table of the resources, in file order; nothing when it has none.
 std::optional<QStringList> localisationKeys(const QString &tableName);
 
-/// Path of the language's "Localized.strings", null when "D_Langue" has no three
-/// letters or the file does not exist.
+/// Path of the language's "Localized.strings", the user's own where there is one; null when
+/// "D_Langue" has no three letters or the file does not exist.
 QString currentLocalizationFile();
+
+/// Path of the user's own table of the language, in the support folder; a copy of the shipped
+/// one is made where there is none. Null when that fails.
+QString ownLocalizationFile();
 
 } // namespace vignar

@@ -3,6 +3,7 @@
 #include "classShared/format.h"
 #include "classShared/lineLog.h"
 #include "settings/alerts.h"
+#include "settings/applicationPlaces.h"
 #include "settings/logFiles.h"
 #include "settings/stringTables.h"
 #include "shell/fileManager.h"
@@ -15,6 +16,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QDate>
 #include <QLocale>
 #include <QMessageBox>
 #include <QSysInfo>
@@ -75,14 +77,18 @@ void HelpCommands::iba_OpenFile(const QString &path)
 
 void HelpCommands::iba_openLocalizationFile()
 {
-    const QString path = currentLocalizationFile();
-    logLine(u"Local language      : %@", interfaceLanguage());
-    if (path.isNull())
+    const QString path = ownLocalizationFile();
+    const QString title = localised(u"localizationToOpen"_s);
+    if (path.isNull()) {
+        alertTimed(title,
+                   filled(localised(u"V_texts_noCopy"_s), applicationPlaces().supportFolder()), {},
+                   {}, {}, AlertStyle::warning, 0);
         return;
+    }
     showInFileManager(path, this, [path](bool isShown) {
         logLine(u"revealFolderInFinder? %d (%@)", isShown, path);
     });
-    alertTimed(localised(u"localizationToOpen"_s), localised(u"localizationOpened"_s), {}, {}, {},
+    alertTimed(title, filled(localised(u"localizationOpened"_s), path), {}, {}, {},
                AlertStyle::informational, 0);
 }
 

@@ -30,7 +30,7 @@ QString reasonText(const SheetOutcome &outcome)
     if (outcome.missing > 0)
         reasons << filled(localised(u"V_reason_missingThumbnails"_s), outcome.missing,
                           outcome.missing + outcome.thumbnails);
-    return (reasons + outcome.notes).join(u"; "_s);
+    return (reasons + outcome.notes).join(localised(u"V_reason_join"_s));
 }
 
 void RunTally::add(const SheetOutcome &outcome)

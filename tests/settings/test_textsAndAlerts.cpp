@@ -25,12 +25,13 @@ namespace
 struct OwnResources : ApplicationPlaces {
     explicit OwnResources(const QString &path) : folder(path) {}
     QString resourceFolder() const override { return folder; }
-    QString supportFolder() const override { return folder; }
+    QString supportFolder() const override { return support; }
     QString preferenceFolder() const override { return folder; }
     QString logFolder() const override { return folder; }
     QString temporaryFolder() const override { return folder; }
 
     const QString folder;
+    QString support = folder;
 };
 
 AlertRequest shown;
@@ -55,6 +56,19 @@ QHash<QString, QString> shipped(const QString &language, const QString &table)
 QSet<QString> keysOf(const QHash<QString, QString> &table)
 {
     return {table.keyBegin(), table.keyEnd()};
+}
+
+/// What the pattern captures anywhere in the sources.
+QSet<QString> wordsOfSources(const QRegularExpression &pattern)
+{
+    QSet<QString> words;
+    QDirIterator files(QStringLiteral(VIGNAR_SOURCES), {u"*.cpp"_s, u"*.h"_s}, QDir::Files,
+                       QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        for (auto found = pattern.globalMatch(readStringsFile(files.next())); found.hasNext();)
+            words.insert(found.next().captured(1));
+    }
+    return words;
 }
 
 } // namespace
@@ -103,18 +117,45 @@ private Q_SLOTS:
     void everyKeyThatTheProgramUsesHasAText()
     {
         static const QRegularExpression use(
-            u"\\b(?:(?:localised|localisedCapitalised|LocalisationString|label)\\(\\s*u\"|u\"(?=[DV]_))(\\w+)\""_s);
+            u"\\b(?:(?:localised|localisedCapitalised|LocalisationString|label)\\(\\s*u\"|u\"(?=[DV]_))(\\w*[^\\W_])\""_s);
         const auto known =
             keysOf(shipped(u"en"_s, localizedTable)) + keysOf(shipped(u"en"_s, fieldsTable));
-        QSet<QString> used;
-        QDirIterator files(QStringLiteral(VIGNAR_SOURCES), {u"*.cpp"_s, u"*.h"_s}, QDir::Files,
-                           QDirIterator::Subdirectories);
-        while (files.hasNext()) {
-            for (auto found = use.globalMatch(readStringsFile(files.next())); found.hasNext();)
-                used.insert(found.next().captured(1));
-        }
+        const QSet<QString> used = wordsOfSources(use);
         QVERIFY(used.contains(u"D_Langue"_s));
         QCOMPARE(used - known, QSet<QString>());
+    }
+
+    void noTextIsLeftOver()
+    {
+        // A key may be put together: of a preference's name, of a beginning and an end.
+        static const QRegularExpression row(u"\\.key = Prefs::(\\w+)\\.text"_s);
+        static const QRegularExpression end(u"(_tip|_group|_unit|_placeholder|Tip)$"_s);
+        static const QRegularExpression beginning(u"\"(V_\\w+_)\"\\) \\+"_s);
+        const QSet<QString> beginnings = wordsOfSources(beginning);
+        QSet<QString> used = wordsOfSources(QRegularExpression(u"\"(V_\\w+)\""_s));
+        for (const QString &key : wordsOfSources(row))
+            used.insert(u"V_"_s + key);
+        const auto isUsed = [&](const QString &key) {
+            return used.contains(key) || used.contains(QString(key).remove(end)) ||
+                   beginnings.contains(key.left(key.lastIndexOf(u'_') + 1));
+        };
+        QStringList unused;
+        // Keys with "D_" are kept whether they show or not.
+        for (const QString &key : shipped(u"en"_s, localizedTable).keys()) {
+            if (key.startsWith(u"V_") && !isUsed(key))
+                unused << key;
+        }
+        QCOMPARE(unused.join(u' '), QString());
+    }
+
+    void frenchMarksStayWithTheirWords()
+    {
+        // With a no-break space between, but for the words that a sign ends.
+        static const QRegularExpression loose(
+            u"[^\u00a0\u202f](?:[;!?»]|:(?!$))|«[^\u00a0\u202f]"_s);
+        const auto french = shipped(u"fr"_s, localizedTable);
+        for (auto text = french.cbegin(); text != french.cend(); ++text)
+            QVERIFY2(!text->contains(loose), qPrintable(text.key()));
     }
 
     void stringsAreParsed()
@@ -149,6 +190,40 @@ private Q_SLOTS:
         QVERIFY(isLocalised(u"a"_s) && !isLocalised(u"same"_s) && !isLocalised(u"c"_s));
         setInterfaceLanguage(u"en"_s);
         QCOMPARE(localised(u"a"_s), u"a"_s);
+    }
+
+    void theUsersOwnTextsGoFirst()
+    {
+        const QString shippedTable = m_folder->filePath(u"fr.lproj/Localized.strings"_s);
+        const QString ownTable = m_folder->filePath(u"own/fr.lproj/Localized.strings"_s);
+        const auto keepOwnIn = [this](const QString &support) {
+            auto places = std::make_unique<OwnResources>(m_folder->path());
+            places->support = support;
+            setApplicationPlaces(std::move(places));
+        };
+        put(u"fr.lproj/Localized.strings"_s,
+            "\"D_Langue\" = \"fra\"; \"a\" = \"à\"; \"b\" = \"bé\";");
+        put(u"fr.lproj/fields.strings"_s, "\"PFF\" = \"progressif\";");
+        keepOwnIn(u"/proc/nowhere"_s);
+        QVERIFY(ownLocalizationFile().isNull());
+        keepOwnIn(m_folder->filePath(u"own"_s));
+        QVERIFY(QFile::setPermissions(shippedTable, QFile::ReadOwner));
+        QCOMPARE(ownLocalizationFile(), ownTable);
+        QVERIFY(QFileInfo(ownTable).permission(QFile::WriteOwner));
+        QCOMPARE(readStringsFile(ownTable), readStringsFile(shippedTable));
+
+        // From then on it is the user's.
+        put(u"own/fr.lproj/Localized.strings"_s, "\"D_Langue\" = \"fra\"; \"a\" = \"own\";");
+        put(u"own/fr.lproj/fields.strings"_s, "\"PFF\" = \"own\";");
+        put(u"own/de.lproj/Localized.strings"_s, "\"a\" = \"eigen\";");
+        setInterfaceLanguage(u"fr"_s);
+        QCOMPARE(ownLocalizationFile(), ownTable);
+        QCOMPARE(localised(u"a"_s) + localised(u"b"_s), u"ownbé"_s);
+        QCOMPARE(localised(u"PFF"_s, fieldsTable), u"progressif"_s);
+        setInterfaceLanguage({});
+        qputenv("LANG", "de_DE.UTF-8");
+        qputenv("LANGUAGE", "de:fr");
+        QCOMPARE(localised(u"a"_s), u"eigen"_s);
     }
 
     void theUsersLanguagesAreTriedInOrder()

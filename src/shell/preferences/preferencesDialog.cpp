@@ -179,12 +179,14 @@ void PreferencesDialog::setControl(const QString &key, const QVariant &value)
 {
     if (const auto control = m_controls.constFind(key); control != m_controls.cend())
         control->show(value);
+    else
+        m_unshown.insert(key, value);
 }
 
 QVariant PreferencesDialog::control(const QString &key) const
 {
     const auto control = m_controls.constFind(key);
-    return control == m_controls.cend() ? QVariant() : control->value();
+    return control == m_controls.cend() ? m_unshown.value(key) : control->value();
 }
 
 int PreferencesDialog::segmentCount(const QString &key) const

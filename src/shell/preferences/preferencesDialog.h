@@ -79,6 +79,8 @@ private:
     QPushButton *m_restore;
     QAction *m_restorePane;
     QHash<QString, PreferenceControl> m_controls;
+    /// Values of preferences that no control shows.
+    Dico m_unshown;
     /// The colours that the user had mixed before a preset took their place.
     QString m_ownPage;
     QString m_ownBorder;

@@ -41,7 +41,7 @@ public:
     /// that waits, however often it is called, and only while it is visible.
     void refresh();
 
-    /// "24 thumbnails, 1280 × 1508 pixels", or why there is no sheet.
+    /// "Thumbnails: 24 · 1280 × 1508 pixels", or why there is no sheet.
     QString description();
     /// The sheet as it shows, in pixels of the screen; null where there is none.
     QImage picture();
