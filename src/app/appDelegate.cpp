@@ -95,9 +95,9 @@ void appDelegate::iba_taskPauseBt(bool isToPause)
 
 bool appDelegate::isCloseQuit() const
 {
-    if (!m_sheetDriver.isActive() && !m_analysisDriver.isActive())
+    if (!m_sheetDriver.isActive())
         return true;
-    return alertTimed(u"Process in progress !"_s, localised(u"D_quit_1"_s),
+    return alertTimed(localised(u"Process in progress !"_s), localised(u"D_quit_1"_s),
                       localised(u"D_quit_2"_s), localised(u"D_Annuler"_s), {}, AlertStyle::warning,
                       0) == AlertButton::first;
 }

@@ -41,7 +41,8 @@ public:
     void iba_taskStopBt(RunnerKind kind);
     void iba_taskPauseBt(bool isToPause);
 
-    /// True when the program may quit; a running batch is asked about.
+    /// True when the program may quit; a running batch is asked about. What an analysis has
+    /// not got to is for the program to keep.
     bool isCloseQuit() const;
 
     /// Stops everything at once; nothing runs any more when batchEnded() or, without a

@@ -19,6 +19,7 @@
 #include <QApplication>
 #include <QDropEvent>
 #include <QFileSystemWatcher>
+#include <QLabel>
 #include <QMimeData>
 #include <QPushButton>
 #include <QScreen>
@@ -61,6 +62,8 @@ public:
             if (!alert)
                 return;
             m_poll.stop();
+            for (const auto *label : alert->findChildren<QLabel *>())
+                question += label->text() + u'\n';
             for (auto *each : alert->findChildren<QPushButton *>()) {
                 if (each->text() == button)
                     each->click();
@@ -68,6 +71,8 @@ public:
         });
         m_poll.start(10);
     }
+
+    QString question;
 
 private:
     QTimer m_poll;
@@ -131,6 +136,7 @@ private Q_SLOTS:
     void listSurvives();
     void quittingWhileRunning_data();
     void quittingWhileRunning();
+    void quittingWhileAnalysingKeepsTheSources();
     void picturesStayOutOfTheDestination();
 
 private:
@@ -381,6 +387,9 @@ void TestDesktop::quittingWhileRunning()
     session->go();
     const Answer click(answer);
     session->window().menu().quit->trigger();
+    QVERIFY2(click.question.contains(localised(u"Process in progress !"_s)) &&
+                 click.question.contains(localised(u"D_quit_1"_s)),
+             qPrintable(click.question));
     waitForEnd(*session);
     QTRY_COMPARE(ended.size(), ends);
     QCOMPARE(filesUnder(destination()).size(), ends == 1 ? 0 : 2);
@@ -391,6 +400,21 @@ void TestDesktop::quittingWhileRunning()
     session = startSession();
     QCOMPARE(statusOf(*session, 0), localised(u"V_row_waiting"_s));
     QVERIFY(!session->window().notices().shown());
+}
+
+void TestDesktop::quittingWhileAnalysingKeepsTheSources()
+{
+    auto session = startSession();
+    QSignalSpy ended(session.get(), &DesktopSession::ended);
+    const Answer unasked(localised(u"D_Annuler"_s));
+    drop(session->window().dropArea(), {clip(u"a.mp4"_s), clip(u"more/b.mp4"_s)});
+    QTRY_VERIFY(session->application().analysisDriver().isActive());
+    session->quit();
+    QTRY_COMPARE_WITH_TIMEOUT(ended.size(), 1, patience);
+    QCOMPARE(unasked.question, QString());
+    session.reset();
+    session = startSession();
+    QTRY_COMPARE_WITH_TIMEOUT(session->model().rowCount(), 2, patience);
 }
 
 void TestDesktop::picturesStayOutOfTheDestination()
