@@ -1,8 +1,8 @@
 #include "shell/destinationRow.h"
 
-#include "classShared/paths.h"
 #include "settings/stringTables.h"
 #include "shell/icons.h"
+#include "shell/openPanel.h"
 
 #include <QFileDialog>
 #include <QHBoxLayout>
@@ -18,15 +18,6 @@ using namespace Qt::StringLiterals;
 
 namespace
 {
-
-/// The nearest folder at or above the path that exists.
-QString existingFolder(const QString &path)
-{
-    QString folder = expandTilde(path);
-    while (!folder.isEmpty() && !QFileInfo(folder).isDir() && QFileInfo(folder).path() != folder)
-        folder = QFileInfo(folder).path();
-    return folder;
-}
 
 QToolButton *makeButton(const QString &icon, const QString &words)
 {

@@ -1,6 +1,7 @@
 #include "shell/openPanel.h"
 
 #include "app/sourceFiles.h"
+#include "classShared/paths.h"
 #include "settings/stringTables.h"
 
 #include <QFileDialog>
@@ -10,6 +11,14 @@ namespace vignar
 {
 
 using namespace Qt::StringLiterals;
+
+QString existingFolder(const QString &path)
+{
+    QString folder = expandTilde(path);
+    while (!folder.isEmpty() && !QFileInfo(folder).isDir() && QFileInfo(folder).path() != folder)
+        folder = QFileInfo(folder).path();
+    return folder;
+}
 
 namespace
 {
@@ -38,8 +47,8 @@ QString sourceFilter()
 
 QStringList chooseSources(QWidget &window)
 {
-    const QStringList paths = QFileDialog::getOpenFileNames(&window, localised(u"menuOpen"_s),
-                                                            lastFolder(), sourceFilter());
+    const QStringList paths = QFileDialog::getOpenFileNames(
+        &window, localised(u"menuOpen"_s), existingFolder(lastFolder()), sourceFilter());
     if (!paths.isEmpty())
         lastFolder() = QFileInfo(paths.first()).path();
     return paths;
@@ -47,8 +56,8 @@ QStringList chooseSources(QWidget &window)
 
 QStringList chooseSourceFolder(QWidget &window)
 {
-    const QString folder =
-        QFileDialog::getExistingDirectory(&window, localised(u"menuOpen"_s), lastFolder());
+    const QString folder = QFileDialog::getExistingDirectory(&window, localised(u"menuOpen"_s),
+                                                             existingFolder(lastFolder()));
     if (folder.isEmpty())
         return {};
     lastFolder() = folder;

@@ -1,3 +1,4 @@
+#include "app/batchList.h"
 #include "classShared/format.h"
 #include "settings/preferenceStore.h"
 #include "settings/preferences.h"
@@ -10,6 +11,7 @@
 #include "shell/desktopSession.h"
 #include "shell/mainMenu.h"
 #include "shell/noticeBar.h"
+#include "shell/openPanel.h"
 #include "shell/remainingTime.h"
 #include "shell/sessionPreferences.h"
 #include "shell/sourceLog.h"
@@ -42,6 +44,7 @@ private Q_SLOTS:
     void marksOfTheRunStayInMemory();
     void brokenListIsKeptAside();
     void savedListKnowsNoLanguage();
+    void panelsOpenInFoldersThatExist();
     void formatTellsWhatIsMade();
     void alertTellsButtonAndCheckBox();
     void tabGoesDownTheWindow();
@@ -155,6 +158,14 @@ void TestShellParts::savedListKnowsNoLanguage()
         QCOMPARE(restored.rows.at(1).fate.reason, state.rows.at(1).fate.reason);
     }
     setInterfaceLanguage({});
+}
+
+void TestShellParts::panelsOpenInFoldersThatExist()
+{
+    const QTemporaryDir folder;
+    QCOMPARE(existingFolder(folder.filePath(u"no/such"_s)), folder.path());
+    QCOMPARE(existingFolder(folder.path()), folder.path());
+    QCOMPARE(existingFolder(u"~/Videos"_s), QDir::homePath());
 }
 
 void TestShellParts::formatTellsWhatIsMade()
