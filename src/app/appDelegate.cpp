@@ -77,6 +77,11 @@ bool appDelegate::iba_batchGoBt(RowsToMake rows)
     return m_sheetDriver.iba_batchGoBt(rows);
 }
 
+bool appDelegate::iba_batchGoBt(const QSet<QString> &sources)
+{
+    return m_sheetDriver.iba_batchGoBt(sources);
+}
+
 void appDelegate::iba_taskStopBt(RunnerKind kind)
 {
     if (kind == RunnerKind::analysis)

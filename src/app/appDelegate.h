@@ -38,6 +38,7 @@ public:
 
     /// False when there is no destination, or a batch is running.
     bool iba_batchGoBt(RowsToMake rows = RowsToMake::all);
+    bool iba_batchGoBt(const QSet<QString> &sources);
     void iba_taskStopBt(RunnerKind kind);
     void iba_taskPauseBt(bool isToPause);
 

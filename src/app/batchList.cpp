@@ -35,10 +35,15 @@ bool BatchList::holdsSource(const QString &path) const
     return false;
 }
 
+bool BatchList::isToMake(int index) const
+{
+    return resultat(index) == Puces::puce && !m_passedOver.contains(sourcePath(index));
+}
+
 int BatchList::waitingRow(int from) const
 {
     for (int index = from; index < count(); ++index) {
-        if (resultat(index) == Puces::puce)
+        if (isToMake(index))
             return index;
     }
     return -1;
@@ -59,6 +64,7 @@ void BatchList::setResultat(int index, QLatin1String puce)
 
 void BatchList::resetResultats()
 {
+    m_passedOver.clear();
     for (int index = 0; index < count(); ++index)
         setResultat(index, Puces::puce);
 }
@@ -71,8 +77,22 @@ void BatchList::select(int index)
 
 void BatchList::resetUnmade()
 {
+    m_passedOver.clear();
     for (int index = 0; index < count(); ++index) {
         if (resultat(index) != Puces::puceSuccess)
+            setResultat(index, Puces::puce);
+    }
+}
+
+void BatchList::resetOnly(const QSet<QString> &sources)
+{
+    m_passedOver.clear();
+    for (int index = 0; index < count(); ++index) {
+        if (!sources.contains(sourcePath(index)))
+            m_passedOver.insert(sourcePath(index));
+    }
+    for (int index = 0; index < count(); ++index) {
+        if (sources.contains(sourcePath(index)))
             setResultat(index, Puces::puce);
     }
 }

@@ -4,6 +4,7 @@
 
 #include <QList>
 #include <QObject>
+#include <QSet>
 
 namespace vignar
 {
@@ -24,7 +25,9 @@ public:
     QString sourcePath(int index) const;
     QString resultat(int index) const;
     bool holdsSource(const QString &path) const;
-    /// The first row from an index on that waits for its sheet, or -1.
+    /// A row that waits for its sheet and is not passed over by the run.
+    bool isToMake(int index) const;
+    /// The first row to make from an index on, or -1.
     int waitingRow(int from) const;
 
     /// Appends a row and opens the drawer that shows the list.
@@ -34,6 +37,9 @@ public:
     void resetResultats();
     /// The same, but for the rows whose sheets were made.
     void resetUnmade();
+    /// The same for the rows of these sources alone: those that wait beside them are passed
+    /// over until markers are set back again. Rows that join the list are not.
+    void resetOnly(const QSet<QString> &sources);
     /// The layout and the format (0 PDF, 1 JPEG) that a row will be made in.
     void setChoices(int index, int layout, int format);
     /// Replaces what is known of the row's source, which stays the same.
@@ -70,6 +76,7 @@ private:
 
     Outlets &m_outlets;
     QList<BatchEntry> m_rows;
+    QSet<QString> m_passedOver;
     int m_selected = -1;
 };
 

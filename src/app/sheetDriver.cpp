@@ -73,6 +73,21 @@ std::span<const Step<SheetDriver>> SheetDriver::steps()
 
 bool SheetDriver::iba_batchGoBt(RowsToMake rows)
 {
+    return begin([this, rows] {
+        if (rows == RowsToMake::all)
+            m_batch.resetResultats();
+        else
+            m_batch.resetUnmade();
+    });
+}
+
+bool SheetDriver::iba_batchGoBt(const QSet<QString> &sources)
+{
+    return begin([this, &sources] { m_batch.resetOnly(sources); });
+}
+
+bool SheetDriver::begin(const std::function<void()> &resetMarkers)
+{
     if (m_isActive || !prepareDestinationFolder())
         return false;
     m_isActive = true;
@@ -81,10 +96,7 @@ bool SheetDriver::iba_batchGoBt(RowsToMake rows)
     m_taken.clear();
     m_outlets.setGoEnabled(false);
     m_outlets.setStopVisible(RunnerKind::main, true);
-    if (rows == RowsToMake::all)
-        m_batch.resetResultats();
-    else
-        m_batch.resetUnmade();
+    resetMarkers();
     encSend(stepBatch);
     return true;
 }

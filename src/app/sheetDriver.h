@@ -11,6 +11,7 @@
 #include <QElapsedTimer>
 #include <QObject>
 
+#include <functional>
 #include <optional>
 
 namespace vignar
@@ -40,6 +41,8 @@ public:
     /// The go button: checks the destination, resets the markers of the rows to make and
     /// starts. False when there is no destination, or a batch is running.
     bool iba_batchGoBt(RowsToMake rows = RowsToMake::all);
+    /// The same for the rows of these sources, whatever became of them before.
+    bool iba_batchGoBt(const QSet<QString> &sources);
 
     /// "encBatch" takes the next row, "encProcesses" the next step of the current one.
     void encSend(const QString &stepName);
@@ -84,6 +87,7 @@ private:
     StepEnd closeRow();
     static Dico workingRecord();
     void again(const QString &stepName);
+    bool begin(const std::function<void()> &resetMarkers);
     bool prepareDestinationFolder();
     void takeNextRow();
     void skipVanishedRow(int index);

@@ -37,6 +37,23 @@ QString storedReason(const QString &reason)
     return key.startsWith(u"V_reason_") ? key : reason;
 }
 
+QJsonValue toJson(const std::optional<RowChoice> &choice)
+{
+    if (!choice)
+        return QJsonValue();
+    return QJsonObject{{u"layout"_s, choice->layout},
+                       {u"format"_s, choice->format},
+                       {u"pictures"_s, QJsonObject::fromVariantMap(choice->pictures)}};
+}
+
+std::optional<RowChoice> choiceFrom(const QJsonValue &value)
+{
+    if (!value.isObject())
+        return std::nullopt;
+    return RowChoice{value["layout"_L1].toInt(mixLayout), value["format"_L1].toInt(1),
+                     value["pictures"_L1].toObject().toVariantMap()};
+}
+
 QByteArray toJson(const SessionState::Row &row)
 {
     Dico record = read(row.entry, RowKeys::dico).value_or(Dico());
@@ -47,7 +64,8 @@ QByteArray toJson(const SessionState::Row &row)
                              {u"format"_s, read(row.entry, Keys::dpi).value_or(1)},
                              {u"result"_s, readStr(row.entry, RowKeys::resultat)},
                              {u"reason"_s, storedReason(row.fate.reason)},
-                             {u"sheet"_s, row.fate.sheet}};
+                             {u"sheet"_s, row.fate.sheet},
+                             {u"madeWith"_s, toJson(row.fate.choice)}};
     return QJsonDocument(object).toJson(QJsonDocument::Compact);
 }
 
@@ -125,7 +143,8 @@ SessionState BatchFile::read() const
         vignar::write(entry, RowKeys::resultat, restingMarker(row.value("result"_L1).toString()));
         state.rows.append(
             {entry,
-             {localised(row.value("reason"_L1).toString()), row.value("sheet"_L1).toString()}});
+             {localised(row.value("reason"_L1).toString()), row.value("sheet"_L1).toString(),
+              choiceFrom(row.value("madeWith"_L1))}});
     }
     return state;
 }
@@ -134,9 +153,8 @@ BatchFile::Written &BatchFile::writtenRow(const SessionState::Row &row)
 {
     const QString source = sourceOf(row);
     Written &written = m_written[source];
-    const bool isSame = !written.json.isEmpty() && written.row.entry == row.entry &&
-                        written.row.fate.reason == row.fate.reason &&
-                        written.row.fate.sheet == row.fate.sheet;
+    const bool isSame =
+        !written.json.isEmpty() && written.row.entry == row.entry && written.row.fate == row.fate;
     if (!isSame)
         written = {row, toJson(row), posterName(source)};
     return written;

@@ -48,6 +48,19 @@ QString choiceText(int layout, int format)
     return withoutMnemonic(layoutText(layout) + u" · "_s + formatWords(format).name);
 }
 
+RowChoice choiceOf(const BatchEntry &row)
+{
+    RowChoice choice{
+        read(row, Keys::out).value_or(mixLayout), read(row, Keys::dpi).value_or(1), {}};
+    const Dico record = read(row, RowKeys::dico).value_or(Dico());
+    const Dico plans = read(record, Keys::chosenInstants).value_or(Dico());
+    for (auto plan = plans.cbegin(); plan != plans.cend(); ++plan) {
+        if (!plan->toMap().isEmpty())
+            choice.pictures.insert(plan.key(), *plan);
+    }
+    return choice;
+}
+
 BatchModel::BatchModel(BatchList &batch, QObject *parent)
     : QAbstractListModel(parent), m_batch(batch), m_count(batch.count())
 {
@@ -80,7 +93,30 @@ void BatchModel::rowAdded(int index)
 
 void BatchModel::rowChanged(int index)
 {
+    noteBegin(index);
     Q_EMIT dataChanged(this->index(index), this->index(index));
+}
+
+void BatchModel::noteBegin(int index)
+{
+    // What the user chooses while the sheet is being made is for the next one.
+    const QString source = m_batch.sourcePath(index);
+    if (m_batch.resultat(index) != Puces::puceCurrent || source == m_begunSource)
+        return;
+    m_begunSource = source;
+    m_begunChoice = choiceOf(m_batch.row(index));
+}
+
+std::optional<RowChoice> BatchModel::choiceBegunWith(const QString &source) const
+{
+    return source == m_begunSource ? std::optional(m_begunChoice) : std::nullopt;
+}
+
+bool BatchModel::isOutdated(int row) const
+{
+    const std::optional<RowChoice> made = fate(m_batch.sourcePath(row)).choice;
+    return m_batch.resultat(row) == Puces::puceSuccess && made &&
+           *made != choiceOf(m_batch.row(row));
 }
 
 void BatchModel::rowRemoved(int index)
@@ -96,6 +132,8 @@ void BatchModel::rowRemoved(int index)
 void BatchModel::setFate(const QString &source, const RowFate &fate)
 {
     m_fates.insert(source, fate);
+    if (source == m_begunSource)
+        m_begunSource.clear();
     // Cheaper than to look for the row: views draw again only what they show.
     choicesChanged();
 }
@@ -131,7 +169,7 @@ QString BatchModel::statusText(int row) const
     if (m_missing.contains(source))
         return localised(u"V_row_missing"_s);
     if (marker == Puces::puceSuccess)
-        return localised(u"V_row_success"_s);
+        return localised(isOutdated(row) ? u"V_row_outdated"_s : u"V_row_success"_s);
     if (marker == Puces::puce)
         return localised(u"V_row_waiting"_s);
     return fate.sheet.isEmpty() ? localised(u"V_row_failure"_s) : localised(u"V_row_kept"_s);
@@ -157,9 +195,12 @@ QVariant BatchModel::data(const QModelIndex &index, int role) const
     case Qt::DecorationRole:
         return entry.value(RowKeys::img);
     case Qt::ToolTipRole: {
-        const QString reason = fate(source).reason;
+        QStringList lines{source, fate(source).reason};
+        if (isOutdated(row))
+            lines << localised(u"V_row_outdated_reason"_s);
+        lines.removeAll(QString());
         // Escaped: a path may look like markup.
-        return Qt::convertFromPlainText(reason.isEmpty() ? source : source + u'\n' + reason);
+        return Qt::convertFromPlainText(lines.join(u'\n'));
     }
     case Qt::AccessibleTextRole:
         return accessibleText(index);
@@ -168,7 +209,8 @@ QVariant BatchModel::data(const QModelIndex &index, int role) const
         const bool isFailed = m_batch.resultat(row) == Puces::puceFailure;
         if (const QString reason = fate(source).reason; isFailed && !reason.isEmpty())
             return reason.left(1).toUpper() + reason.mid(1);
-        return readStr(entry, RowKeys::src).section(u'\n', 1).replace(u'\n', u" · "_s);
+        // The last two lines: the name before them may hold line breaks of its own.
+        return readStr(entry, RowKeys::src).section(u'\n', -2).replace(u'\n', u" · "_s);
     }
     case markerRole:
         return m_batch.resultat(row);
@@ -179,6 +221,8 @@ QVariant BatchModel::data(const QModelIndex &index, int role) const
                           read(entry, Keys::dpi).value_or(1));
     case missingRole:
         return isMissing(source);
+    case outdatedRole:
+        return isOutdated(row);
     case orderRole:
         return entry.value(RowKeys::order);
     case pathRole:

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/batchEntry.h"
 #include "app/outlets.h"
 
 #include <QAbstractListModel>
@@ -8,16 +9,31 @@
 #include <QSet>
 #include <QTimer>
 
+#include <optional>
+
 namespace vignar
 {
 
 class BatchList;
+
+/// What the user has chosen for one row and its sheet shows.
+struct RowChoice {
+    int layout = mixLayout;
+    int format = 1;
+    /// The pictures, as Keys::chosenInstants; plans without a choice are left out.
+    Dico pictures;
+    bool operator==(const RowChoice &) const = default;
+};
+RowChoice choiceOf(const BatchEntry &row);
 
 /// What became of a row, for the words beside its marker.
 struct RowFate {
     QString reason;
     /// Path of the sheet that was made or kept; empty: none.
     QString sheet;
+    /// What the sheet was made with; nothing where that is not known.
+    std::optional<RowChoice> choice;
+    bool operator==(const RowFate &) const = default;
 };
 
 /// The batch list as the drawer shows it, one item a row.
@@ -36,6 +52,8 @@ public:
         /// Layout and format in words.
         choiceRole,
         missingRole,
+        /// The sheet was made, and the row's choices are others now.
+        outdatedRole,
         orderRole,
         pathRole,
         sheetRole
@@ -48,6 +66,9 @@ public:
 
     RowFate fate(const QString &source) const { return m_fates.value(source); }
     void setFate(const QString &source, const RowFate &fate);
+    /// What the row of a source was begun with, from its turn until its fate is set.
+    std::optional<RowChoice> choiceBegunWith(const QString &source) const;
+    bool isOutdated(int row) const;
     bool isMissing(const QString &source) const { return m_missing.contains(source); }
 
     /// Looks again which sources are there.
@@ -58,6 +79,7 @@ public:
 private:
     void rowAdded(int index);
     void rowChanged(int index);
+    void noteBegin(int index);
     void rowRemoved(int index);
     QString statusText(int row) const;
     QString accessibleText(const QModelIndex &index) const;
@@ -66,6 +88,9 @@ private:
     /// Rows told to the views: the list changes before it tells.
     int m_count = 0;
     QHash<QString, RowFate> m_fates;
+    /// Of the row being made.
+    QString m_begunSource;
+    RowChoice m_begunChoice;
     QSet<QString> m_missing;
     QFileSystemWatcher m_folders;
     QTimer m_look;

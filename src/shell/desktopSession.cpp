@@ -123,6 +123,11 @@ bool DesktopSession::isRunning() const
     return m_window.progress().isRunning();
 }
 
+bool DesktopSession::canStart() const
+{
+    return m_isGoAllowed && !isRunning() && !m_window.dropArea().isBusy();
+}
+
 void DesktopSession::preferencesChanged()
 {
     m_window.layoutChooser().choose(mixLayout);
@@ -162,11 +167,28 @@ void DesktopSession::paste()
 
 void DesktopSession::go(RowsToMake rows)
 {
-    if (!m_isGoAllowed || isRunning())
+    // A notice offers it at any time.
+    if (m_window.dropArea().isBusy() && !isRunning())
+        m_deferredGo = rows;
+    else
+        begin([this, rows] { return m_application.iba_batchGoBt(rows); });
+}
+
+void DesktopSession::makeAgain(const QList<int> &rows)
+{
+    QSet<QString> sources;
+    for (const int row : rows)
+        sources.insert(m_application.whichArrayController().sourcePath(row));
+    begin([this, &sources] { return m_application.iba_batchGoBt(sources); });
+}
+
+void DesktopSession::begin(const std::function<bool()> &start)
+{
+    if (!canStart())
         return;
     m_model.lookForSources();
     m_run = {};
-    if (m_application.iba_batchGoBt(rows)) {
+    if (start()) {
         rememberDestination();
         // What was told of the batch before.
         for (const QString &title :
@@ -215,8 +237,18 @@ void DesktopSession::openDestination()
     });
 }
 
+void DesktopSession::openSheet(const QString &path)
+{
+    if (!openFile(path))
+        showSheetNotice(localised(u"V_sheet_missing"_s), path);
+}
+
 void DesktopSession::showFile(const QString &path)
 {
+    if (!QFileInfo(QFileInfo(path).path()).isDir()) {
+        showSheetNotice(localised(u"V_row_missing"_s), path);
+        return;
+    }
     showInFileManager(path, this, [this, path](bool isShown) {
         if (!isShown)
             showSheetNotice(localised(u"V_noFileManager"_s), path);
@@ -240,16 +272,16 @@ void DesktopSession::setGoAllowed(bool isAllowed)
 
 void DesktopSession::updateCommands()
 {
-    const bool canStart = m_isGoAllowed && !isRunning();
+    const bool isStartable = canStart();
     const int count = m_model.rowCount();
     bool isAnyUnmade = false;
     for (int row = 0; row < count; ++row)
         isAnyUnmade |= m_application.whichArrayController().resultat(row) != Puces::puceSuccess;
-    m_window.progress().setGoEnabled(canStart);
+    m_window.progress().setGoEnabled(isStartable);
     MainMenu &menu = m_window.menu();
-    menu.go->setEnabled(canStart);
-    menu.retryAll->setEnabled(canStart && count > 0);
-    menu.retryFailed->setEnabled(canStart && isAnyUnmade);
+    menu.go->setEnabled(isStartable);
+    menu.retryAll->setEnabled(isStartable && count > 0);
+    menu.retryFailed->setEnabled(isStartable && isAnyUnmade);
     menu.pause->setEnabled(isRunning());
     menu.pause->setChecked(m_window.progress().isPaused());
     menu.stop->setEnabled(isRunning());
@@ -285,8 +317,7 @@ void DesktopSession::showRows()
     const BatchList &batch = m_application.whichArrayController();
     int toMake = 0;
     for (int row = 0; row < batch.count(); ++row) {
-        const QString marker = batch.resultat(row);
-        toMake += marker == Puces::puce || marker == Puces::puceCurrent;
+        toMake += batch.isToMake(row) || batch.resultat(row) == Puces::puceCurrent;
     }
     if (isRunning())
         m_window.progress().setRows(m_run.finished(), m_run.finished() + toMake);

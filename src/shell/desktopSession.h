@@ -8,6 +8,9 @@
 
 #include <QObject>
 
+#include <functional>
+#include <optional>
+
 namespace vignar
 {
 
@@ -36,10 +39,15 @@ public:
 
     /// Files handed over by the desktop, at any time.
     void openFiles(const QStringList &paths);
+    /// While sources are analysed: as soon as that is over.
     void go(RowsToMake rows = RowsToMake::all);
+    /// Makes the sheets of these rows and of no other.
+    void makeAgain(const QList<int> &rows);
     void setPaused(bool isPaused);
     void stop();
 
+    /// Opens a sheet with the desktop's program for it; a notice where it is gone.
+    void openSheet(const QString &path);
     /// Shows a file in the file manager; a notice where there is none.
     void showFile(const QString &path);
     /// Reads again what the window shows of the preferences.
@@ -89,6 +97,8 @@ private:
 
     void connectWindow();
     void connectMenu();
+    void begin(const std::function<bool()> &start);
+    bool canStart() const;
     void setGoAllowed(bool isAllowed);
     void updateCommands();
     void updateChoiceHint();
@@ -121,6 +131,7 @@ private:
     QTimer m_endTimer;
     int m_endAttempts = 0;
     bool m_isGoAllowed = false;
+    std::optional<RowsToMake> m_deferredGo;
     bool m_isEnding = false;
     bool m_hasEnded = false;
 };

@@ -89,6 +89,7 @@ void DesktopSession::setDropArea(const QString &imageName, const QString &captio
     if (!isBusy)
         area.setActivity({}, {});
     area.setBusy(isBusy);
+    updateCommands();
     m_window.progress().setHeldUp(isBusy ? localised(u"V_progress_heldUp"_s) : QString());
 }
 
@@ -122,13 +123,18 @@ void DesktopSession::analysisEnded()
     }
     m_analysis = {};
     m_saved.changed();
+    if (m_deferredGo)
+        go(*std::exchange(m_deferredGo, {}));
     endWhenIdle();
 }
 
 void DesktopSession::sheetFinished(const SheetOutcome &outcome)
 {
     m_run.add(outcome);
-    m_model.setFate(outcome.source, {reasonText(outcome), outcome.sheet});
+    RowFate fate{reasonText(outcome), outcome.sheet, {}};
+    if (outcome.status == SheetOutcome::Status::made)
+        fate.choice = m_model.choiceBegunWith(outcome.source);
+    m_model.setFate(outcome.source, fate);
     showRows();
 }
 

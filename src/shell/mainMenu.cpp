@@ -89,6 +89,8 @@ void MainMenu::fillVideo(QMenuBar &bar)
         add(menu, localised(u"V_menu_show"_s), u"folder-visit"_s, Qt::CTRL | Qt::Key_R);
     showLog = add(menu, localised(u"V_menu_showLog"_s), u"text-x-generic"_s);
     menu.addSeparator();
+    makeAgain = add(menu, localised(u"V_menu_makeAgain"_s), u"view-refresh"_s,
+                    Qt::CTRL | Qt::SHIFT | Qt::Key_Return);
     useChoices = add(menu, localised(u"V_menu_useChoices"_s));
     menu.addSeparator();
     remove = add(menu, localised(u"V_menu_remove"_s), u"list-remove"_s, QKeySequence::Delete);
@@ -121,8 +123,8 @@ void MainMenu::fillHelp(QMenuBar &bar)
 
 QList<QAction *> MainMenu::rowActions() const
 {
-    return {preview,  openSheet,  showInFileManager, showLog, nullptr,  retryFailed,
-            retryAll, useChoices, nullptr,           remove,  removeAll};
+    return {preview,     openSheet, showInFileManager, showLog, nullptr, makeAgain,
+            retryFailed, retryAll,  useChoices,        nullptr, remove,  removeAll};
 }
 
 void MainMenu::setRecentDestinations(const QStringList &folders)

@@ -36,6 +36,7 @@ public:
     QAction *openSheet;
     QAction *showInFileManager;
     QAction *showLog;
+    QAction *makeAgain;
     QAction *useChoices;
     QAction *remove;
     QAction *removeAll;

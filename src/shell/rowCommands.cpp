@@ -1,8 +1,8 @@
 #include "shell/rowCommands.h"
 
+#include "settings/stringTables.h"
 #include "shell/batchDrawer.h"
 #include "shell/desktopSession.h"
-#include "shell/fileManager.h"
 #include "shell/mainMenu.h"
 #include "shell/sourceLog.h"
 
@@ -11,6 +11,8 @@
 
 namespace vignar
 {
+
+using namespace Qt::StringLiterals;
 
 RowCommands::RowCommands(DesktopSession &session, QObject *parent)
     : QObject(parent), m_session(session)
@@ -21,6 +23,9 @@ RowCommands::RowCommands(DesktopSession &session, QObject *parent)
     connect(menu.openSheet, &QAction::triggered, this, &RowCommands::openSheet);
     connect(menu.showInFileManager, &QAction::triggered, this, &RowCommands::show);
     connect(menu.showLog, &QAction::triggered, this, &RowCommands::showLog);
+    connect(menu.makeAgain, &QAction::triggered, this, [this] { m_session.makeAgain(rows()); });
+    // What can be started at all can be started for some rows.
+    connect(menu.go, &QAction::enabledChanged, this, &RowCommands::update);
     connect(menu.useChoices, &QAction::triggered, this, [this] { m_session.applyChoices(rows()); });
     connect(menu.remove, &QAction::triggered, this, &RowCommands::remove);
     connect(menu.removeAll, &QAction::triggered, this, &RowCommands::removeAll);
@@ -52,6 +57,14 @@ QStringList RowCommands::allSources() const
     return sources;
 }
 
+bool RowCommands::isAnyWaiting() const
+{
+    const QList<int> selected = rows();
+    return std::any_of(selected.begin(), selected.end(), [this](int row) {
+        return m_session.model().index(row).data(BatchModel::markerRole) == Puces::puce;
+    });
+}
+
 void RowCommands::update()
 {
     MainMenu &menu = m_session.window().menu();
@@ -59,6 +72,9 @@ void RowCommands::update()
     for (QAction *action :
          {menu.preview, menu.showInFileManager, menu.showLog, menu.useChoices, menu.remove})
         action->setEnabled(isAny);
+    menu.makeAgain->setEnabled(isAny && menu.go->isEnabled());
+    menu.makeAgain->setText(
+        localised(isAnyWaiting() ? u"V_menu_makeSelected"_s : u"V_menu_makeAgain"_s));
     menu.openSheet->setEnabled(!value(BatchModel::sheetRole).isEmpty());
 }
 
@@ -73,7 +89,7 @@ void RowCommands::preview()
 
 void RowCommands::openSheet()
 {
-    openFile(value(BatchModel::sheetRole));
+    m_session.openSheet(value(BatchModel::sheetRole));
 }
 
 void RowCommands::show()

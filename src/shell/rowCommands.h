@@ -20,6 +20,7 @@ private:
     /// Of the first selected row.
     QString value(int role) const;
     QStringList allSources() const;
+    bool isAnyWaiting() const;
 
     void update();
     void preview();

@@ -64,12 +64,19 @@ RowPlaces placesIn(const QStyleOptionViewItem &option, const QString &choice)
     return places;
 }
 
-QColor markerColour(const QString &marker, const QPalette &palette, bool isKept)
+QColor markerColour(const QModelIndex &row, const QPalette &palette)
 {
+    const QString marker = row.data(BatchModel::markerRole).toString();
+    // An older sheet that was kept, and one that is out of date, are neither good nor bad.
+    const bool isOld = marker == Puces::puceFailure
+                           ? !row.data(BatchModel::sheetRole).toString().isEmpty()
+                           : row.data(BatchModel::outdatedRole).toBool();
+    if (isOld)
+        return warningColour(palette);
     if (marker == Puces::puceSuccess)
         return successColour(palette);
     if (marker == Puces::puceFailure)
-        return isKept ? warningColour(palette) : failureColour(palette);
+        return failureColour(palette);
     if (marker == Puces::puceCurrent)
         return mixed(palette.color(QPalette::Highlight), palette.color(QPalette::Text), 0.2);
     return secondaryText(palette);
@@ -79,6 +86,8 @@ QString markerName(const QModelIndex &index)
 {
     if (index.data(BatchModel::missingRole).toBool())
         return u"puceMissing"_s;
+    if (index.data(BatchModel::outdatedRole).toBool())
+        return u"puceOutdated"_s;
     return index.data(BatchModel::markerRole).toString();
 }
 
@@ -114,7 +123,11 @@ public:
     }
 
 private:
-    QString text(int role) const { return m_index.data(role).toString(); }
+    /// On one line, whatever a file name holds.
+    QString text(int role) const
+    {
+        return m_index.data(role).toString().replace(u'\n', u' ').replace(u'\r', u' ');
+    }
 
     QColor textColour() const
     {
@@ -154,10 +167,7 @@ private:
 
     void drawStatus()
     {
-        const bool isKept = !text(BatchModel::sheetRole).isEmpty();
-        const QColor colour =
-            m_isSelected ? textColour()
-                         : markerColour(text(BatchModel::markerRole), m_option.palette, isKept);
+        const QColor colour = m_isSelected ? textColour() : markerColour(m_index, m_option.palette);
         drawOwnIcon(m_painter, m_places.marker, markerName(m_index), colour);
         draw(m_places.status, text(BatchModel::statusRole), colour);
     }

@@ -94,24 +94,22 @@ void SideWindows::preferenceChanged()
     m_session.preferencesChanged();
     m_player.planAgain();
     // The next sheet will look different.
-    m_made.layout = -1;
+    m_changed = QDateTime::currentDateTime();
     m_sheet->setSheet({});
     m_sheet->refresh();
 }
 
-/// The row's sheet, where it shows how a sheet of the row looks; empty otherwise.
-QString SideWindows::madeSheet(const BatchEntry &row)
+/// The row's sheet, where the next one would look the same; empty otherwise.
+QString SideWindows::madeSheet(int row) const
 {
-    const SourceDico source = read(row, RowKeys::dico).value_or(SourceDico());
-    const QString path = m_session.model().fate(readStr(source, Keys::srcPathStr)).sheet;
-    const MadeSheet made{path, QFileInfo(path).lastModified(),
-                         read(row, Keys::out).value_or(mixLayout),
-                         read(row, Keys::dpi).value_or(1)};
-    if (readStr(row, RowKeys::resultat) != Puces::puceSuccess || !made.modified.isValid())
-        return {};
-    if (path != m_made.path || made.modified != m_made.modified)
-        m_made = made;
-    return made == m_made ? path : QString();
+    const QModelIndex index = m_session.model().index(row);
+    const QString path = index.data(BatchModel::sheetRole).toString();
+    const QDateTime modified = QFileInfo(path).lastModified();
+    const bool isMade = index.data(BatchModel::markerRole) == Puces::puceSuccess;
+    const bool isOfBefore = m_changed.isValid() && modified <= m_changed;
+    return isMade && modified.isValid() && !isOfBefore && !m_session.model().isOutdated(row)
+               ? path
+               : QString();
 }
 
 void SideWindows::showSelectedRow()
@@ -125,7 +123,7 @@ void SideWindows::showSelectedRow()
     }
     const BatchEntry row = m_session.application().whichArrayController().row(rows.first());
     const SourceDico source = read(row, RowKeys::dico).value_or(SourceDico());
-    m_sheet->setSheet(madeSheet(row));
+    m_sheet->setSheet(madeSheet(rows.first()));
     m_sheet->setRow(source, read(row, Keys::out));
     // There the layout is the one being chosen.
     if (m_preferences)

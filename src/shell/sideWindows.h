@@ -28,21 +28,13 @@ private:
     void preferenceChanged();
     void closePreferences();
     void showSelectedRow();
-    QString madeSheet(const BatchEntry &row);
-
-    /// A sheet that was made, with the row's choices when it was first shown.
-    struct MadeSheet {
-        QString path;
-        QDateTime modified;
-        int layout = mixLayout;
-        int format = 1;
-        bool operator==(const MadeSheet &) const = default;
-    };
+    QString madeSheet(int row) const;
 
     DesktopSession &m_session;
     PreviewPlayer m_player;
     SheetPreview *m_sheet;
-    MadeSheet m_made;
+    /// When a preference was changed last; sheets of before look different.
+    QDateTime m_changed;
     std::unique_ptr<PreferencesDialog> m_preferences;
 };
 

@@ -166,6 +166,9 @@ int main(int argc, char **argv)
         window.layoutChooser().choose(bigLayout);
         Q_EMIT window.layoutChooser().chosenByUser(bigLayout);
         photographer.take(window, u"10-other-choice"_s);
+        session.applyChoices({0});
+        window.drawer().selectRows({0});
+        photographer.take(window, u"13-out-of-date"_s);
         // The question holds up whoever waits for it; a timer looks at it from inside.
         QTimer watch;
         watch.callOnTimeout([&] {

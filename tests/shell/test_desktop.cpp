@@ -4,6 +4,7 @@
 #include "settings/stringTables.h"
 #include "shell/alertBoxes.h"
 #include "shell/batchDrawer.h"
+#include "shell/choiceRow.h"
 #include "shell/desktopSession.h"
 #include "shell/dropArea.h"
 #include "shell/mainMenu.h"
@@ -134,9 +135,11 @@ private Q_SLOTS:
     void removal_data();
     void removal();
     void listSurvives();
+    void changedRowsAreMadeAgainAlone();
     void quittingWhileRunning_data();
     void quittingWhileRunning();
     void quittingWhileAnalysingKeepsTheSources();
+    void goWaitsForTheAnalysis();
     void picturesStayOutOfTheDestination();
 
 private:
@@ -369,6 +372,66 @@ void TestDesktop::listSurvives()
     QCOMPARE(session->model().rowCount(), 1);
 }
 
+void TestDesktop::changedRowsAreMadeAgainAlone()
+{
+    const QString third = m_folder->filePath(u"c.mp4"_s);
+    QVERIFY(QFile::copy(clip(u"a.mp4"_s), third));
+    auto session = startSession();
+    add(*session, {clip(u"a.mp4"_s), clip(u"more/b.mp4"_s)});
+    session->go();
+    waitForEnd(*session);
+    add(*session, {third});
+    const auto modified = [this](const QString &name) {
+        return QFileInfo(destination() + u'/' + name).lastModified();
+    };
+    const QDateTime first = modified(u"a-index.jpg"_s);
+    const QDateTime second = modified(u"b-index.jpg"_s);
+
+    // Only while the choice is another one than that of the sheet.
+    const auto choose = [&session](int layout) {
+        session->window().layoutChooser().choose(layout);
+        session->applyChoices({0});
+    };
+    choose(bigLayout);
+    const QString outdated = localised(u"V_row_outdated"_s);
+    QCOMPARE(statusOf(*session, 0), outdated);
+    QVERIFY(session->model().index(0).data(Qt::AccessibleTextRole).toString().contains(outdated));
+    choose(mixLayout);
+    QCOMPARE(statusOf(*session, 0), localised(u"V_row_success"_s));
+    SourceDico record = read(session->application().whichArrayController().row(0), RowKeys::dico)
+                            .value_or(SourceDico());
+    write(record, Keys::chosenInstants, {{u"3:7:1.000"_s, Dico{{u"0"_s, 2.5}}}});
+    session->application().whichArrayController().setRecord(0, record);
+    QCOMPARE(statusOf(*session, 0), outdated);
+
+    // The next start knows it, too.
+    session->quit();
+    session.reset();
+    session = startSession();
+    QCOMPARE(statusOf(*session, 0), outdated);
+    QCOMPARE(statusOf(*session, 1), localised(u"V_row_success"_s));
+    const QAction &makeAgain = *session->window().menu().makeAgain;
+    QVERIFY(!makeAgain.isEnabled());
+    session->window().drawer().selectRows({2});
+    QCOMPARE(makeAgain.text(), localised(u"V_menu_makeSelected"_s));
+    session->window().drawer().selectRows({0});
+    QCOMPARE(makeAgain.text(), localised(u"V_menu_makeAgain"_s));
+    const Answer replace(localised(u"D_replace"_s));
+    session->window().menu().makeAgain->trigger();
+    QVERIFY(session->isRunning() && !makeAgain.isEnabled());
+    waitForEnd(*session);
+    QCOMPARE(statusOf(*session, 0), localised(u"V_row_success"_s));
+    QVERIFY(modified(u"a-index.jpg"_s) > first);
+    QCOMPARE(modified(u"b-index.jpg"_s), second);
+    QCOMPARE(statusOf(*session, 2), localised(u"V_row_waiting"_s));
+    QCOMPARE(filesUnder(destination()), (QStringList{u"a-index.jpg"_s, u"b-index.jpg"_s}));
+    // Those that were passed over are taken by the next ordinary run.
+    session->go(RowsToMake::unmade);
+    waitForEnd(*session);
+    QCOMPARE(statusOf(*session, 2), localised(u"V_row_success"_s));
+    QCOMPARE(modified(u"b-index.jpg"_s), second);
+}
+
 void TestDesktop::quittingWhileRunning_data()
 {
     QTest::addColumn<QString>("answer");
@@ -415,6 +478,24 @@ void TestDesktop::quittingWhileAnalysingKeepsTheSources()
     session.reset();
     session = startSession();
     QTRY_COMPARE_WITH_TIMEOUT(session->model().rowCount(), 2, patience);
+}
+
+void TestDesktop::goWaitsForTheAnalysis()
+{
+    const auto session = startSession();
+    add(*session, {clip(u"a.mp4"_s)});
+    session->go();
+    session->setPaused(true);
+    drop(session->window().dropArea(), {clip(u"more/b.mp4"_s)});
+    QVERIFY(session->window().dropArea().isBusy());
+    session->stop();
+    waitForEnd(*session);
+    QVERIFY(!session->window().dropArea().isBusy() || !session->window().menu().go->isEnabled());
+    // What a notice offers meanwhile is done then.
+    session->go(RowsToMake::unmade);
+    QTRY_VERIFY_WITH_TIMEOUT(statusOf(*session, 1) == localised(u"V_row_success"_s), patience);
+    waitForEnd(*session);
+    QCOMPARE(filesUnder(destination()), (QStringList{u"a-index.jpg"_s, u"b-index.jpg"_s}));
 }
 
 void TestDesktop::picturesStayOutOfTheDestination()

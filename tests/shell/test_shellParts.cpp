@@ -16,6 +16,7 @@
 #include "shell/sessionPreferences.h"
 #include "shell/sourceLog.h"
 #include "shell/windowPlaces.h"
+#include "support/recordingOutlets.h"
 
 #include <QAbstractButton>
 #include <QAccessible>
@@ -44,6 +45,7 @@ private Q_SLOTS:
     void marksOfTheRunStayInMemory();
     void brokenListIsKeptAside();
     void savedListKnowsNoLanguage();
+    void captionFollowsAnyName();
     void panelsOpenInFoldersThatExist();
     void formatTellsWhatIsMade();
     void alertTellsButtonAndCheckBox();
@@ -158,6 +160,23 @@ void TestShellParts::savedListKnowsNoLanguage()
         QCOMPARE(restored.rows.at(1).fate.reason, state.rows.at(1).fate.reason);
     }
     setInterfaceLanguage({});
+}
+
+void TestShellParts::captionFollowsAnyName()
+{
+    RecordingOutlets outlets;
+    BatchList batch(outlets);
+    BatchModel model(batch);
+    for (const QString &name : {u"film.mp4"_s, u"first\nsecond\nthird.mp4"_s}) {
+        SourceDico record;
+        write(record, Keys::srcPathStr, u"/v/"_s + name);
+        write(record, Keys::w_duration, 60.0);
+        batch.append(makeBatchEntry(record, batch.count() + 1, mixLayout, 1));
+        const QString caption =
+            model.index(batch.count() - 1).data(BatchModel::captionRole).toString();
+        QVERIFY2(caption.startsWith(u"(0x)0i"_s) && caption.endsWith(u" · 0h01'00\""_s),
+                 qPrintable(caption));
+    }
 }
 
 void TestShellParts::panelsOpenInFoldersThatExist()
