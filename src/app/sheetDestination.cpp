@@ -20,7 +20,7 @@ namespace
 {
 
 /// Bytes of a file name that leave room, within the 255 that file systems allow, for a
-/// number, an extension and the random letters of the file that is written first.
+/// number, an extension and what is added for the files beside the sheet.
 constexpr qsizetype nameLimit = 220;
 /// A suffix with its hyphen leaves the title more than half of the name.
 constexpr qsizetype suffixLimit = longestSuffix + 1;

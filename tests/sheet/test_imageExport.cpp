@@ -3,14 +3,20 @@
 #include "sheet/diskPicture.h"
 #include "sheet/imageExport.h"
 #include "sheet/jpegReading.h"
+#include "sheet/ownMark.h"
+#include "sheet/pdfPage.h"
 #include "sheet/richPictures.h"
+#include "sheet/seekPreview.h"
 
 #include <QDir>
 #include <QImageReader>
 #include <QPainter>
+#include <QPdfWriter>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTransform>
+
+#include <sys/stat.h>
 
 using namespace vignar;
 using namespace Qt::StringLiterals;
@@ -295,6 +301,84 @@ private Q_SLOTS:
         }
         QCOMPARE(contentOf(path), old);
         QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files), QStringList(u"old.jpg"_s));
+    }
+
+    void linksAreReplacedAndNeverFollowed()
+    {
+        QVERIFY(writeSwatch(Qt::red, at(u"film.jpg"_s), 30, 20));
+        const QByteArray film = contentOf(at(u"film.jpg"_s));
+        for (const QString &name : {u"a.jpg"_s, u"a.png"_s, u"a.pdf"_s}) {
+            QVERIFY(QFile::link(at(u"film.jpg"_s), at(name)));
+            QVERIFY(imgExport(halves({40, 20}), at(name), 1.0));
+            QVERIFY(QFileInfo(at(name)).isFile() && !QFileInfo(at(name)).isSymLink());
+        }
+        QVERIFY(QFile::link(at(u"nowhere"_s), at(u"b.jpg"_s)));
+        QVERIFY(imgExport(halves({40, 20}), at(u"b.jpg"_s), 1.0));
+        QVERIFY(!QFile::exists(at(u"nowhere"_s)));
+        QCOMPARE(contentOf(at(u"film.jpg"_s)), film);
+    }
+
+    void marksAreReadWhereWeWriteThem()
+    {
+        const QImage picture = colourful({600, 400});
+        for (const PictureFormat &format : {jpegFormat, pngFormat, webpFormat}) {
+            const QString path = at(QString::fromLatin1(format.codec));
+            QVERIFY(writePicture(picture, path, format, 90));
+            QVERIFY2(!bearsOurMark(path), format.codec);
+            QVERIFY(writePicture(picture, path, format, 90, signedMetadata));
+            QVERIFY2(bearsOurMark(path), format.codec);
+            // However early it ends, nothing is read beyond its end.
+            const QByteArray whole = contentOf(path);
+            for (qsizetype size = 0; size < std::min<qsizetype>(whole.size(), 2000); size += 7) {
+                QVERIFY(writeOver(at(u"cut"_s), whole.first(size)));
+                (void)bearsOurMark(at(u"cut"_s));
+            }
+        }
+        QVERIFY(writePdfPage(at(u"a.pdf"_s), {{90, 60}}, [](QPainter &) {}));
+        QVERIFY(bearsOurMark(at(u"a.pdf"_s)));
+        QVERIFY(writeOver(at(u"a.vtt"_s), previewCues(u"s.jpg"_s, {{0, {}}}, 9).toUtf8()));
+        QVERIFY(bearsOurMark(at(u"a.vtt"_s)));
+        QVERIFY(QFile::link(at(u"a.vtt"_s), at(u"link"_s)));
+        QVERIFY(!bearsOurMark(at(u"link"_s)));
+    }
+
+    void marksOfOthersAreNotOurs_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        const QByteArray mark = "CreatorTool=\"Vignar 9\"";
+        const QByteArray xmp = "http://ns.adobe.com/xap/1.0/";
+        const auto row = [](const char *name, const QByteArray &content) {
+            QTest::newRow(name) << content;
+        };
+        row("empty", {});
+        row("text about us", "WEBVTT\n\nNOTE not made by Vignar 9 " + mark);
+        row("text with our mark", mark);
+        row("comment of a JPEG", "\xff\xd8\xff\xfe" + QByteArray("\0\x40", 2) + mark);
+        row("Exif of a JPEG", "\xff\xd8\xff\xe1" + QByteArray("\0\x40", 2) + "Exif" + mark);
+        row("pixels of a JPEG", "\xff\xd8\xff\xda\xff\xe1" + QByteArray("\0\x60", 2) + xmp +
+                                    QByteArray(1, '\0') + mark);
+        row("XMP of another program", "\xff\xd8\xff\xe1" + QByteArray("\0\x60", 2) + xmp +
+                                          QByteArray(1, '\0') + "CreatorTool=\"Other\" Vignar 9");
+        row("segment of no length", "\xff\xd8\xff\xe1" + QByteArray("\0\0", 2));
+        row("segment beyond the end", "\xff\xd8\xff\xe1\xff\xff");
+        const QByteArray png = QByteArray("\x89PNG\r\n\x1a\n", 8);
+        row("chunk beyond the end", png + "\xff\xff\xff\xffiTXt");
+        row("text of a PNG", png + QByteArray("\0\0\0\x40", 4) + "tEXt" + mark);
+        row("behind the pixels of a PNG",
+            png + QByteArray("\0\0\0\0IDAT\0\0\0\0\0\0\0\x60iTXtXML:com.adobe.xmp\0", 42) + mark);
+        row("chunk of 4 GB", "RIFFxxxxWEBPVP8 \xff\xff\xff\xff");
+        row("another RIFF", "RIFFxxxxAVI XMP \x40" + QByteArray(3, '\0') + mark);
+        row("document about us", "%PDF-1.4 /Title (Vignar 9) /Creator (Other)");
+    }
+
+    void marksOfOthersAreNotOurs()
+    {
+        QFETCH(const QByteArray, content);
+        QVERIFY(writeOver(at(u"a"_s), content));
+        QVERIFY(!bearsOurMark(at(u"a"_s)));
+        // Nothing waits for a pipe's other end.
+        QCOMPARE(::mkfifo(qPrintable(at(u"pipe"_s)), 0600), 0);
+        QVERIFY(!bearsOurMark(at(u"pipe"_s)) && !bearsOurMark(m_folder->path()));
     }
 
     void diskPicturesAreChosenByWeight()
