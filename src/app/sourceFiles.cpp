@@ -2,6 +2,8 @@
 
 #include <QCollator>
 #include <QDirIterator>
+#include <QSet>
+#include <QThread>
 
 #include <algorithm>
 
@@ -26,6 +28,27 @@ QString extensionOf(const QString &path)
     return dot < 0 ? QString() : lastComponent.mid(dot + 1);
 }
 
+/// The declared extensions but the bundles', each in the three spellings that are admitted.
+QSet<QString> admittedExtensions()
+{
+    QSet<QString> admitted;
+    for (const QString &extension : declaredExtensions()) {
+        if (bundleExtensions().contains(extension, Qt::CaseInsensitive))
+            continue;
+        const QString lower = extension.toLower();
+        admitted << lower << lower.toUpper() << lower.left(1).toUpper() + lower.mid(1);
+    }
+    return admitted;
+}
+
+QStringList inNaturalOrder(QStringList paths)
+{
+    QCollator collator(QLocale(QLocale::English));
+    collator.setNumericMode(true);
+    std::stable_sort(paths.begin(), paths.end(), collator);
+    return paths;
+}
+
 } // namespace
 
 const QStringList &declaredExtensions()
@@ -40,26 +63,35 @@ const QStringList &declaredExtensions()
 
 bool hasAdmittedExtension(const QString &path)
 {
-    const QString extension = extensionOf(path);
-    const QString lower = extension.toLower();
-    if (extension.isEmpty() || !declaredExtensions().contains(lower) ||
-        bundleExtensions().contains(lower, Qt::CaseInsensitive))
-        return false;
-    const QString capitalised = lower.left(1).toUpper() + lower.mid(1);
-    return extension == lower || extension == lower.toUpper() || extension == capitalised;
+    static const QSet<QString> admitted = admittedExtensions();
+    return admitted.contains(extensionOf(path));
+}
+
+bool isLeftInItsFolder(const QString &name)
+{
+    static const QStringList folders{u"$RECYCLE.BIN"_s, u"lost+found"_s,
+                                     u"System Volume Information"_s, u"@eaDir"_s};
+    return name.startsWith(u'.') || folders.contains(name, Qt::CaseInsensitive);
 }
 
 QStringList entriesUnder(const QString &folder)
 {
     QStringList entries;
-    QDirIterator walk(folder, QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot,
-                      QDirIterator::Subdirectories);
-    while (walk.hasNext())
-        entries.append(walk.next());
-    QCollator collator(QLocale(QLocale::English));
-    collator.setNumericMode(true);
-    std::stable_sort(entries.begin(), entries.end(), collator);
-    return entries;
+    QStringList folders{folder};
+    const QThread *thread = QThread::currentThread();
+    while (!folders.isEmpty()) {
+        QDirIterator walk(folders.takeLast(), QDir::AllEntries | QDir::NoDotAndDotDot);
+        while (walk.hasNext() && !thread->isInterruptionRequested()) {
+            const QString path = walk.next();
+            if (isLeftInItsFolder(walk.fileName()))
+                continue;
+            entries.append(path);
+            const QFileInfo info = walk.fileInfo();
+            if (!info.isSymLink() && info.isDir())
+                folders.append(path);
+        }
+    }
+    return inNaturalOrder(std::move(entries));
 }
 
 QString bundleOrSource(const QString &path)

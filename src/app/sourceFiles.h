@@ -14,8 +14,13 @@ const QStringList &declaredExtensions();
 /// declared one other than a bundle's, written all lower, all upper or capitalised.
 bool hasAdmittedExtension(const QString &path);
 
+/// True for names that nobody means when dropping the folder around them: hidden entries, trash
+/// folders and the folders that file systems and network disks keep for themselves.
+bool isLeftInItsFolder(const QString &name);
+
 /// Every file and folder under a folder at any depth, full paths in natural order of
-/// their names; links to folders are listed, not entered.
+/// their names, without what is left in its folder; links to folders are listed, not entered.
+/// Gives up early where the interruption of its thread is requested.
 QStringList entriesUnder(const QString &folder);
 
 /// The path of the recording bundle that holds the source, or the source itself.
