@@ -1,5 +1,6 @@
 #include "app/analysisDriver.h"
 
+#include "app/batchList.h"
 #include "app/progressReporter.h"
 #include "classShared/lineLog.h"
 #include "settings/preferences.h"
@@ -22,6 +23,7 @@ AnalysisDriver::AnalysisDriver(Outlets &outlets, BatchList &batch, ProgressRepor
                                AnalysisReaders readers, QObject *parent)
     : QObject(parent),
       m_outlets(outlets),
+      m_batch(batch),
       m_reporter(reporter),
       m_readers(std::move(readers)),
       m_rowMaker(outlets, batch)
@@ -48,13 +50,42 @@ std::span<const Step<AnalysisDriver>> AnalysisDriver::steps()
     return table;
 }
 
-void AnalysisDriver::start()
+void AnalysisDriver::take(const QStringList &sources)
 {
-    if (m_isActive)
+    m_queue.append(sources);
+    if (!m_isActive) {
+        m_isActive = true;
+        m_taken = 0;
+    } else if (!m_isWaitingForRow || m_atHand || m_analysisStopInt == 1) {
+        // What is under way comes to them by itself.
         return;
-    m_isActive = true;
-    m_taken = 0;
+    }
+    // Only a poster was left: the newcomers need not wait for it.
+    m_isWaitingForRow = false;
+    prefDelete(RunKeys::analysisFin);
+    setMark(RunKeys::analysisDeb.text);
     again();
+}
+
+QStringList AnalysisDriver::sourcesUnderWay() const
+{
+    QStringList sources;
+    if (const QString making = sourceInTheMaking(); !making.isNull())
+        sources.append(making);
+    // What a stop gives up may be brought again at once.
+    if (m_atHand && m_analysisStopInt == 0)
+        sources.append(m_atHand->path);
+    return sources;
+}
+
+KnownSources AnalysisDriver::knownSources() const
+{
+    return {m_batch.sources(), sourcesUnderWay(), m_queue.asSet()};
+}
+
+QStringList AnalysisDriver::unfinishedSources() const
+{
+    return sourcesUnderWay() + m_queue.paths();
 }
 
 void AnalysisDriver::requestStop()
@@ -62,6 +93,8 @@ void AnalysisDriver::requestStop()
     if (!m_isActive)
         return;
     m_analysisStopInt = 1;
+    // Now: what is dropped from here on is not meant by the stop.
+    m_queue.clear();
     m_reading.cancel();
     m_rowMaker.giveUp();
     if (m_reporter.isRunning(RunnerKind::analysis))
@@ -83,7 +116,8 @@ void AnalysisDriver::analysis()
     logDebug(u"analysis            - begin");
     if (m_analysisStopInt == 1)
         stop();
-    takeNextSource();
+    if (prefStored(RunKeys::analysisDeb))
+        takeNextSource();
     showSource();
     const auto *step =
         firstPending(steps(), [](QLatin1String mark) { return prefRead(QString(mark)).isValid(); });
@@ -104,7 +138,8 @@ void AnalysisDriver::stop()
 {
     logLine(u"analysis stop       = 1");
     m_analysisStopInt = 0;
-    prefDelete(RunKeys::analysisSrcPathesDico);
+    m_taken = 0;
+    dropSourceAtHand();
     prefWrite(RunKeys::analysisSrcPathStr, cancelled);
     closeEarly();
 }
@@ -118,35 +153,27 @@ void AnalysisDriver::closeEarly()
 
 void AnalysisDriver::takeNextSource()
 {
-    if (!prefReadStr(RunKeys::analysisSrcPathStr).isEmpty())
+    if (m_atHand || m_queue.isEmpty())
         return;
-    const Dico pending = prefStored(RunKeys::analysisSrcPathesDico).value_or(Dico());
-    const QString current = pending.value(u"0"_s).toString();
-    if (current.isEmpty())
-        return;
-    Dico remaining;
-    for (int number = 1; number < pending.size(); ++number)
-        remaining.insert(QString::number(number - 1), pending.value(QString::number(number)));
-    if (remaining.isEmpty())
-        prefDelete(RunKeys::analysisSrcPathesDico);
-    else
-        prefWriteDico(RunKeys::analysisSrcPathesDico, remaining);
+    const QString current = m_queue.takeFirst();
+    m_atHand = SourceAtHand{.path = current};
     prefWrite(RunKeys::analysisSrcPathStr, current);
     ++m_taken;
-    const QString next = remaining.value(u"0"_s, u"none/end"_s).toString();
+    const QString next = m_queue.isEmpty() ? u"none/end"_s : m_queue.paths().constFirst();
     logDebug(u"analysis new file   : %@", current);
     logLine(u"srcsMDico           ? new current src: '%@' (remaining=%lu, next: '%@')", current,
-            remaining.size(), next);
-    logVerbose(u"reliquat = %lu", remaining.size());
+            m_queue.size(), next);
+    logVerbose(u"reliquat = %lu", m_queue.size());
 }
 
 void AnalysisDriver::showSource()
 {
-    const qsizetype waiting = prefStored(RunKeys::analysisSrcPathesDico).value_or(Dico()).size();
+    if (!m_atHand)
+        return;
     m_outlets.setActionText(RunnerKind::analysis,
                             localised(u"D_action_analyse"_s) +
-                                filled(u" %lu/%lu", m_taken, m_taken + waiting));
-    logLine(u"batch, c'est parti  : '%@'", prefReadStr(RunKeys::analysisSrcPathStr));
+                                filled(u" %lu/%lu", m_taken, m_taken + m_queue.size()));
+    logLine(u"batch, c'est parti  : '%@'", m_atHand->path);
 }
 
 void AnalysisDriver::setMark(QLatin1String mark)
@@ -156,21 +183,22 @@ void AnalysisDriver::setMark(QLatin1String mark)
 
 void AnalysisDriver::refuse(const QString &reason)
 {
-    m_rowMaker.refuse(prefReadStr(RunKeys::analysisSrcPathStr), reason);
+    m_rowMaker.refuse(sourceAtHand(), reason);
 }
 
 StepEnd AnalysisDriver::finish()
 {
     logLine(u"analysisFin - begin");
-    const bool hasRow = prefStored(RunKeys::analysisSrcCurrentDico).has_value();
+    const bool hasRow = m_atHand && m_atHand->record;
     if (hasRow && m_rowMaker.isBusy()) {
         waitForRow();
         return StepEnd::running;
     }
     m_reporter.releaseVerbose();
-    startRow();
-    if (!prefStored(RunKeys::analysisSrcPathesDico).value_or(Dico()).isEmpty()) {
-        prefDelete(RunKeys::analysisSrcPathStr);
+    if (hasRow)
+        handOver();
+    dropSourceAtHand();
+    if (!m_queue.isEmpty()) {
         setMark(RunKeys::analysisDeb.text);
         return StepEnd::again;
     }
@@ -179,7 +207,6 @@ StepEnd AnalysisDriver::finish()
         return StepEnd::running;
     }
     prefDelete(RunKeys::analysisSrcPathStr);
-    prefDelete(RunKeys::analysisSrcPathesDico);
     prefDelete(RunKeys::alertIfIsNotSrcValid);
     m_outlets.setActionText(RunnerKind::analysis, {});
     logLine(u"analysis            - end (all src)");
@@ -194,25 +221,24 @@ void AnalysisDriver::waitForRow()
     m_isWaitingForRow = true;
 }
 
-void AnalysisDriver::startRow()
+void AnalysisDriver::handOver()
 {
-    auto record = prefStored(RunKeys::analysisSrcCurrentDico);
-    const QString source = prefReadStr(RunKeys::analysisSrcPathStr);
-    const QString poster = prefReadStr(RunKeys::imgPathStr);
-    prefDelete(RunKeys::analysisSrcCurrentDico);
-    prefDelete(RunKeys::imgPathStr);
-    if (!record || source == cancelled)
-        return;
-    write(*record, Keys::srcPathStr, source);
-    write(*record, Keys::imgPathStr, poster);
-    m_rowMaker.start(*record);
+    SourceDico record = *m_atHand->record;
+    write(record, Keys::srcPathStr, m_atHand->path);
+    write(record, Keys::imgPathStr, m_atHand->posterPath);
+    m_rowMaker.start(record);
 }
 
-void AnalysisDriver::rowEnded(const QString &source)
+void AnalysisDriver::dropSourceAtHand()
 {
-    // A drop that came meanwhile must not begin with it again.
-    if (prefReadStr(RunKeys::analysisSrcPathStr) == source)
-        prefDelete(RunKeys::analysisSrcPathStr);
+    m_atHand.reset();
+    prefDelete(RunKeys::analysisSrcPathStr);
+    prefDelete(RunKeys::analysisSrcCurrentDico);
+    prefDelete(RunKeys::imgPathStr);
+}
+
+void AnalysisDriver::rowEnded()
+{
     if (std::exchange(m_isWaitingForRow, false))
         again();
 }

@@ -3,6 +3,7 @@
 #include "analysis/sourceAnalysis.h"
 #include "app/outlets.h"
 #include "app/rowMaker.h"
+#include "app/sourceQueue.h"
 #include "app/stepTable.h"
 #include "tasks/backgroundRun.h"
 
@@ -14,11 +15,35 @@ namespace vignar
 class BatchList;
 class ProgressReporter;
 
+/// The source being analysed, with all that is known of it so far. "analysisSrcPathStr",
+/// "analysisSrcCurrentDico" and "imgPathStr" are printed from it.
+struct SourceAtHand {
+    QString path;
+    std::optional<SourceDico> record;
+    QString posterPath;
+};
+
+/// The sources that a drop does not bring a second time.
+struct KnownSources {
+    QHash<QString, int> rows;
+    /// The one in the making and the one at hand.
+    QStringList underWay;
+    QSet<QString> waiting;
+
+    bool contains(const QString &path) const
+    {
+        return rows.contains(path) || underWay.contains(path) || waiting.contains(path);
+    }
+};
+
 /// Walks the pending sources through the analysis, one step a call, and turns each into
-/// a row of the batch list. Marks and paths live in the preference store.
+/// a row of the batch list. The marks of the steps live in the preference store.
 ///
 /// What takes time happens in tool runs and on other threads. The poster of one source is
 /// made while the next one is probed; rows and refusals come in the order of the sources.
+///
+/// Sources may be brought at any time: they join the queue and disturb nothing
+/// (docs/decisions/drops-during-analysis.md).
 class AnalysisDriver : public QObject
 {
     Q_OBJECT
@@ -27,16 +52,22 @@ public:
     AnalysisDriver(Outlets &outlets, BatchList &batch, ProgressReporter &reporter,
                    AnalysisReaders readers, QObject *parent = nullptr);
 
-    /// Begins with the pending sources; does nothing while they are being walked.
-    void start();
+    /// New sources join the queue, and the analysis begins unless it is under way. They must
+    /// not be known.
+    void take(const QStringList &sources);
 
-    /// Gives up the source at hand and those that wait.
+    /// Gives up the source at hand, the one in the making and those that wait now.
     void requestStop();
 
     bool isActive() const { return m_isActive; }
 
+    /// The source being analysed; null: none.
+    QString sourceAtHand() const { return m_atHand ? m_atHand->path : QString(); }
     /// The source that only its poster keeps from being a row; null: none.
     QString sourceInTheMaking() const { return m_rowMaker.source(); }
+    KnownSources knownSources() const;
+    /// All that are neither rows nor refused nor given up yet, in their order.
+    QStringList unfinishedSources() const;
 
     /// The marks in the order in which they are taken.
     static std::span<const Step<AnalysisDriver>> steps();
@@ -45,7 +76,7 @@ public:
     void analysis();
 
 Q_SIGNALS:
-    /// No source is pending any more.
+    /// No source is pending any more. Never while isActive().
     void ended();
 
 private:
@@ -72,13 +103,16 @@ private:
     void showSource();
     void refuse(const QString &reason);
     void takeRecord(const ReadSource &read);
-    void startRow();
-    void rowEnded(const QString &source);
+    void handOver();
+    void dropSourceAtHand();
+    QStringList sourcesUnderWay() const;
+    void rowEnded();
     void waitForRow();
     QString report() const;
     bool isReportOfSuccess() const;
 
     Outlets &m_outlets;
+    const BatchList &m_batch;
     ProgressReporter &m_reporter;
     AnalysisReaders m_readers;
     bool m_isActive = false;
@@ -88,6 +122,8 @@ private:
     bool m_canWriteFrames = true;
     /// The last step waits until the row at hand is there.
     bool m_isWaitingForRow = false;
+    SourceQueue m_queue;
+    std::optional<SourceAtHand> m_atHand;
     RowMaker m_rowMaker;
     BackgroundRun<ReadSource> m_reading;
 };

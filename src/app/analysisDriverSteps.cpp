@@ -48,13 +48,13 @@ QString posterPath(const QString &srcPath)
 
 StepEnd AnalysisDriver::begin()
 {
-    setMark(RunKeys::analysisFfmpeg.text);
+    setMark(m_atHand ? RunKeys::analysisFfmpeg.text : RunKeys::analysisFin.text);
     return StepEnd::again;
 }
 
 StepEnd AnalysisDriver::startProbe()
 {
-    const QString source = prefReadStr(RunKeys::analysisSrcPathStr);
+    const QString source = sourceAtHand();
     const QString tool = ffmpegPath();
     if (tool.isEmpty() || !pathExists(source)) {
         refuse(localised(tool.isEmpty() ? u"V_reason_noFfmpeg"_s : u"V_reason_missing"_s));
@@ -99,7 +99,7 @@ QString AnalysisDriver::report() const
 bool AnalysisDriver::isReportOfSuccess() const
 {
     // Names and titles are not ffmpeg's words: "Trial and error 1.mp4" is no failure.
-    const QString source = prefReadStr(RunKeys::analysisSrcPathStr);
+    const QString source = sourceAtHand();
     return isFfmpegSuccess(withoutMetadata(withoutSourcePath(report(), source)));
 }
 
@@ -115,7 +115,7 @@ StepEnd AnalysisDriver::testResult()
 
 StepEnd AnalysisDriver::judgeReport()
 {
-    const QString source = prefReadStr(RunKeys::analysisSrcPathStr);
+    const QString source = sourceAtHand();
     if (report().isNull())
         logLine(u"analysisTaskVerboseM:-( no useable info (analysisFfmpegResult)");
     hearVersion(ffmpegPath(), report());
@@ -144,7 +144,7 @@ StepEnd AnalysisDriver::judgeReport()
 
 StepEnd AnalysisDriver::startMediaInfo()
 {
-    const QString source = prefReadStr(RunKeys::analysisSrcPathStr);
+    const QString source = sourceAtHand();
     const QString link = workFolder() + u"/mediainfoTmp."_s + QFileInfo(source).suffix();
     rmCocoa(link);
     ln_sCocoa(source, link);
@@ -165,7 +165,7 @@ StepEnd AnalysisDriver::takeMediaInfo()
 StepEnd AnalysisDriver::buildRecord()
 {
     setMark(RunKeys::analysisFin.text);
-    const AnalysisInput input{.srcPath = prefReadStr(RunKeys::analysisSrcPathStr),
+    const AnalysisInput input{.srcPath = sourceAtHand(),
                               .report = report(),
                               .fields = fieldOrderOfFrames(framePath()),
                               .picture = pictureOfFrames(framePath())};
@@ -190,18 +190,17 @@ void AnalysisDriver::takeRecord(const ReadSource &read)
         return;
     for (const SourceNotice &notice : read.notices)
         showNotice(notice);
-    const QString source = prefReadStr(RunKeys::analysisSrcPathStr);
     if (m_reading.isLate())
         return refuse(faultReason(RunFault::tookTooLong));
     if (!read.record) {
-        logLine(u"NON-COMPLIANT FILE  : %@", source);
+        logLine(u"NON-COMPLIANT FILE  : %@", m_atHand->path);
         refuse(read.record.reason());
         return;
     }
-    SourceDico record = *read.record;
-    write(record, Keys::srcPathStr, source);
-    prefWrite(RunKeys::imgPathStr, posterPath(source));
-    prefWriteDico(RunKeys::analysisSrcCurrentDico, record);
+    m_atHand->record = *read.record;
+    m_atHand->posterPath = posterPath(m_atHand->path);
+    prefWrite(RunKeys::imgPathStr, m_atHand->posterPath);
+    prefWriteDico(RunKeys::analysisSrcCurrentDico, *m_atHand->record);
 }
 
 } // namespace vignar

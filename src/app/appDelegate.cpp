@@ -31,8 +31,8 @@ appDelegate::appDelegate(Outlets &outlets, std::unique_ptr<MovieFramework> movie
       m_movieFramework(std::move(movieFramework)),
       m_batch(outlets),
       m_reporter(outlets),
-      m_intake(outlets, m_batch),
       m_analysisDriver(outlets, m_batch, m_reporter, readersWith(m_movieFramework.get())),
+      m_intake(outlets, m_batch, m_analysisDriver),
       m_sheetDriver(outlets, m_batch, m_reporter)
 {
     clearWorkingKeys();
@@ -40,11 +40,6 @@ appDelegate::appDelegate(Outlets &outlets, std::unique_ptr<MovieFramework> movie
             [this] { m_sheetDriver.taskToSuspendTemporary(true); });
     connect(&m_intake, &Intake::busyEnded, &m_sheetDriver,
             [this] { m_sheetDriver.taskToSuspendTemporary(false); });
-    connect(&m_intake, &Intake::sourcesReady, &m_analysisDriver, &AnalysisDriver::start);
-    connect(&m_analysisDriver, &AnalysisDriver::ended, this, [this] {
-        m_intake.leaveBusyLook();
-        m_outlets.analysisEnded();
-    });
 }
 
 appDelegate::~appDelegate() = default;
@@ -55,21 +50,31 @@ void appDelegate::clearWorkingKeys()
         prefDelete(QString(name));
 }
 
-void appDelegate::draggedFiles(const QStringList &paths)
+void appDelegate::draggedFiles(const QStringList &paths, FoldersTaken folders)
 {
-    m_intake.draggedFiles(paths);
+    m_intake.draggedFiles(paths, folders);
 }
 
-void appDelegate::applicationOpenFiles(const QStringList &paths)
+void appDelegate::applicationOpenFiles(const QStringList &paths, FoldersTaken folders)
 {
+    m_waitingToOpen.append(paths);
     QMetaObject::invokeMethod(
-        this, [this, paths] { performOpenFiles(paths); }, Qt::QueuedConnection);
+        this, [this, paths, folders] { performOpenFiles(paths, folders); }, Qt::QueuedConnection);
 }
 
-void appDelegate::performOpenFiles(const QStringList &paths)
+void appDelegate::performOpenFiles(const QStringList &paths, FoldersTaken folders)
 {
     logLine(u"drag'n'drop onto icon…");
-    draggedFiles(paths);
+    m_waitingToOpen.removeFirst();
+    draggedFiles(paths, folders);
+}
+
+QStringList appDelegate::unfinishedSources() const
+{
+    QStringList sources = m_analysisDriver.unfinishedSources() + m_intake.droppedItems();
+    for (const QStringList &paths : m_waitingToOpen)
+        sources += paths;
+    return sources;
 }
 
 bool appDelegate::iba_batchGoBt(RowsToMake rows)
@@ -85,7 +90,7 @@ bool appDelegate::iba_batchGoBt(const QSet<QString> &sources)
 void appDelegate::iba_taskStopBt(RunnerKind kind)
 {
     if (kind == RunnerKind::analysis)
-        m_analysisDriver.requestStop();
+        stopAnalysis();
     else
         m_sheetDriver.requestStop();
 }
@@ -107,9 +112,15 @@ bool appDelegate::isCloseQuit() const
                       0) == AlertButton::first;
 }
 
+void appDelegate::stopAnalysis()
+{
+    m_intake.giveUp();
+    m_analysisDriver.requestStop();
+}
+
 void appDelegate::stopAll()
 {
-    m_analysisDriver.requestStop();
+    stopAnalysis();
     m_sheetDriver.requestStop();
 }
 

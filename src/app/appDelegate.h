@@ -31,10 +31,15 @@ public:
     /// Clears what a run that did not end left in the store.
     static void clearWorkingKeys();
 
-    void draggedFiles(const QStringList &paths);
+    void draggedFiles(const QStringList &paths, FoldersTaken folders = FoldersTaken::first);
     /// As draggedFiles(), after the current turn of the event loop, so that a file opened
     /// at launch finds the program ready.
-    void applicationOpenFiles(const QStringList &paths);
+    void applicationOpenFiles(const QStringList &paths, FoldersTaken folders = FoldersTaken::first);
+    /// Drops are being searched, or their sources analysed.
+    bool isTakingSources() const { return m_intake.isBusy(); }
+    /// All that was brought and is neither row nor refused nor given up yet, in its order; the
+    /// items of a drop that is still being searched stand for what is in it.
+    QStringList unfinishedSources() const;
 
     /// False when there is no destination, or a batch is running.
     bool iba_batchGoBt(RowsToMake rows = RowsToMake::all);
@@ -51,15 +56,17 @@ public:
     void stopAll();
 
 private:
-    void performOpenFiles(const QStringList &paths);
+    void performOpenFiles(const QStringList &paths, FoldersTaken folders);
+    void stopAnalysis();
 
     Outlets &m_outlets;
     std::unique_ptr<MovieFramework> m_movieFramework;
     BatchList m_batch;
     ProgressReporter m_reporter;
-    Intake m_intake;
     AnalysisDriver m_analysisDriver;
+    Intake m_intake;
     SheetDriver m_sheetDriver;
+    QList<QStringList> m_waitingToOpen;
 };
 
 } // namespace vignar

@@ -26,15 +26,6 @@ QString BatchList::resultat(int index) const
     return readStr(row(index), RowKeys::resultat);
 }
 
-bool BatchList::holdsSource(const QString &path) const
-{
-    for (int index = 0; index < count(); ++index) {
-        if (sourcePath(index) == path)
-            return true;
-    }
-    return false;
-}
-
 bool BatchList::isToMake(int index) const
 {
     return resultat(index) == Puces::puce && !m_passedOver.contains(sourcePath(index));
@@ -52,6 +43,7 @@ int BatchList::waitingRow(int from) const
 void BatchList::append(const BatchEntry &row)
 {
     m_rows.append(row);
+    ++m_sources[sourcePath(count() - 1)];
     Q_EMIT rowAdded(count() - 1);
     m_outlets.setDrawerOpen(true);
 }
@@ -199,6 +191,8 @@ void BatchList::removeRow(int index)
     const Dico dico = read(row(index), RowKeys::dico).value_or(Dico());
     if (const QString poster = readStr(dico, Keys::imgPathStr); !poster.isEmpty())
         rmCocoa(poster);
+    if (const QString source = sourcePath(index); --m_sources[source] == 0)
+        m_sources.remove(source);
     m_rows.removeAt(index);
     for (int following = index; following < count(); ++following)
         write(m_rows[following], RowKeys::order, following + 1);

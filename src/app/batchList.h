@@ -2,6 +2,7 @@
 
 #include "app/batchEntry.h"
 
+#include <QHash>
 #include <QList>
 #include <QObject>
 #include <QSet>
@@ -24,7 +25,9 @@ public:
     const BatchEntry &row(int index) const { return m_rows.at(index); }
     QString sourcePath(int index) const;
     QString resultat(int index) const;
-    bool holdsSource(const QString &path) const;
+    bool holdsSource(const QString &path) const { return m_sources.contains(path); }
+    /// The sources of all rows, with how many rows each has.
+    const QHash<QString, int> &sources() const { return m_sources; }
     /// A row that waits for its sheet and is not passed over by the run.
     bool isToMake(int index) const;
     /// The first row to make from an index on, or -1.
@@ -76,6 +79,7 @@ private:
 
     Outlets &m_outlets;
     QList<BatchEntry> m_rows;
+    QHash<QString, int> m_sources;
     QSet<QString> m_passedOver;
     int m_selected = -1;
 };

@@ -1,5 +1,6 @@
 #include "app/intake.h"
 
+#include "app/analysisDriver.h"
 #include "app/batchList.h"
 #include "app/outlets.h"
 #include "app/sourceFiles.h"
@@ -28,64 +29,151 @@ QString resolvedAlias(const QString &path)
     return target;
 }
 
+/// The item, or the target of a link, with what is under it where that is a folder.
+struct Item {
+    QString path;
+    QStringList entries;
+};
+
+Item openedItem(const QString &dropped)
+{
+    const QFileInfo info(dropped);
+    const bool isPlainFolder = info.isDir() && !info.isSymLink();
+    const QString path = isPlainFolder ? dropped : resolvedAlias(dropped);
+    return {path, QFileInfo(path).isDir() ? entriesUnder(path) : QStringList()};
+}
+
 } // namespace
 
 QStringList withFolderContents(const QStringList &dropped)
 {
+    const Item first = openedItem(dropped.constFirst());
+    if (!first.entries.isEmpty())
+        return first.entries;
     QStringList paths = dropped;
-    QString &first = paths.front();
-    if (!QFileInfo(first).isDir() || QFileInfo(first).isSymLink())
-        first = resolvedAlias(first);
-    if (!QFileInfo(first).isDir())
-        return paths;
-    const QStringList entries = entriesUnder(first);
-    return entries.isEmpty() ? paths : entries;
+    paths.front() = first.path;
+    return paths;
 }
 
-Intake::Intake(Outlets &outlets, const BatchList &batch, QObject *parent)
-    : QObject(parent), m_outlets(outlets), m_batch(batch)
+QStringList withContentsOfFolders(const QStringList &dropped)
 {
+    QStringList paths;
+    for (const QString &each : dropped) {
+        const Item item = openedItem(each);
+        if (item.entries.isEmpty())
+            paths.append(item.path);
+        else
+            paths.append(item.entries);
+    }
+    return paths;
 }
 
-void Intake::draggedFiles(const QStringList &paths)
+Intake::Intake(Outlets &outlets, const BatchList &batch, AnalysisDriver &analysis, QObject *parent)
+    : QObject(parent), m_outlets(outlets), m_batch(batch), m_analysis(analysis)
+{
+    connect(&m_analysis, &AnalysisDriver::ended, this, &Intake::leaveBusyLook);
+}
+
+void Intake::draggedFiles(const QStringList &paths, FoldersTaken folders)
 {
     logLine(u"drag'n'drop         -> draggedFiles : %lu", paths.size());
     if (paths.isEmpty())
         return;
+    m_drops.append({paths, folders});
     enterBusyLook();
+    searchNext();
+}
 
-    const QStringList fresh = withoutKnownSources(withFolderContents(paths));
-    QStringList admitted;
-    std::copy_if(fresh.begin(), fresh.end(), std::back_inserter(admitted),
-                 [](const QString &path) { return hasAdmittedExtension(path); });
-    if (!admitted.isEmpty()) {
-        logLine(u"drag'n'drop, final  = %lu", admitted.size());
-        storePending(admitted);
-        m_outlets.setStopVisible(RunnerKind::analysis, true);
-        Q_EMIT sourcesReady();
+void Intake::giveUp()
+{
+    m_drops.clear();
+    m_isGivenUp = m_search.isRunning();
+    m_search.cancel();
+}
+
+bool Intake::isBusy() const
+{
+    return m_search.isRunning() || !m_drops.isEmpty() || m_analysis.isActive();
+}
+
+QStringList Intake::droppedItems() const
+{
+    QStringList items;
+    for (const Drop &drop : m_drops)
+        items += drop.paths;
+    return items;
+}
+
+Intake::Admission Intake::admit(const Drop &drop, const KnownSources &known)
+{
+    const QStringList paths = drop.folders == FoldersTaken::all ? withContentsOfFolders(drop.paths)
+                                                                : withFolderContents(drop.paths);
+    Admission admission;
+    QSet<QString> met;
+    met.reserve(paths.size());
+    for (qsizetype index = 0; index < paths.size(); ++index) {
+        const QString &path = paths[index];
+        const qsizetype before = met.size();
+        met.insert(path);
+        if (met.size() == before || known.contains(path)) {
+            logLine(u"doublon             : pas de sur-analyse pour rien ;-) #%ld/%lu : %@",
+                    index + 1, paths.size(), path);
+            continue;
+        }
+        ++admission.fresh;
+        if (hasAdmittedExtension(path))
+            admission.sources.append(path);
+    }
+    return admission;
+}
+
+void Intake::searchNext()
+{
+    if (m_search.isRunning())
+        return;
+    if (m_drops.isEmpty())
+        return leaveBusyLook();
+    // One after another: what a drop brought is known when the next one is looked at.
+    m_search.start(
+        this,
+        [drop = m_drops.constFirst(), known = m_analysis.knownSources()] {
+            return admit(drop, known);
+        },
+        [this](const Admission &admission) {
+            if (!std::exchange(m_isGivenUp, false)) {
+                m_drops.removeFirst();
+                taken(admission);
+            }
+            searchNext();
+        });
+}
+
+void Intake::taken(const Admission &admission)
+{
+    if (!admission.sources.isEmpty()) {
+        logLine(u"drag'n'drop, final  = %lu", admission.sources.size());
+        m_analysis.take(admission.sources);
         return;
     }
-
     logLine(u"no compatible file (or no new files ;-))");
-    if (!fresh.isEmpty())
+    if (admission.fresh > 0)
         m_outlets.showSheetNotice(localised(u"dndNonCompliantFolderFilesTitle"_s),
                                   localised(u"D_go_source3"_s));
-    // Sources of an earlier drop may still be under analysis; its end leaves the look.
-    if (prefStored(RunKeys::analysisSrcPathStr))
-        return;
-    leaveBusyLook();
 }
 
 void Intake::enterBusyLook()
 {
     m_outlets.setDropArea(u"dndAppOff"_s, localised(u"D_action_analyse"_s));
     m_outlets.setWheelSpinning(RunnerKind::analysis, true);
+    m_outlets.setStopVisible(RunnerKind::analysis, true);
     m_outlets.setGoEnabled(false);
     Q_EMIT busyStarted();
 }
 
 void Intake::leaveBusyLook()
 {
+    if (isBusy())
+        return;
     m_outlets.setDropArea(u"dndApp"_s,
                           filled(u"\n\n\n\n%@", localised(u"dndCaptionFolderFiles"_s)));
     m_outlets.setWheelSpinning(RunnerKind::analysis, false);
@@ -94,32 +182,7 @@ void Intake::leaveBusyLook()
     Q_EMIT busyEnded();
     const bool isBatchRunning = prefStored(RunKeys::encCurrentProcessingFile).has_value();
     m_outlets.setGoEnabled(m_batch.count() > 0 && !isBatchRunning);
-}
-
-QStringList Intake::withoutKnownSources(const QStringList &paths) const
-{
-    QStringList fresh;
-    for (qsizetype index = 0; index < paths.size(); ++index) {
-        const QString &path = paths[index];
-        if (m_batch.holdsSource(path) || fresh.contains(path))
-            logLine(u"doublon             : pas de sur-analyse pour rien ;-) #%ld/%lu : %@",
-                    index + 1, paths.size(), path);
-        else
-            fresh.append(path);
-    }
-    return fresh;
-}
-
-void Intake::storePending(const QStringList &paths)
-{
-    Dico pending = prefStored(RunKeys::analysisSrcPathesDico).value_or(Dico());
-    const QVariantList waiting = pending.values();
-    for (const QString &path : paths) {
-        if (!waiting.contains(path))
-            pending.insert(QString::number(pending.size()), path);
-    }
-    prefWriteDico(RunKeys::analysisSrcPathesDico, pending);
-    prefWrite(RunKeys::analysisDeb, 1);
+    m_outlets.analysisEnded();
 }
 
 } // namespace vignar

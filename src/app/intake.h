@@ -1,48 +1,89 @@
 #pragma once
 
+#include "tasks/backgroundRun.h"
+
 #include <QObject>
 #include <QStringList>
 
 namespace vignar
 {
 
+class AnalysisDriver;
 class BatchList;
 class Outlets;
+struct KnownSources;
+
+/// Which of the dropped items may be folders that stand for what is under them.
+enum class FoldersTaken {
+    /// The first one, which then replaces all others.
+    first,
+    /// Each, in its place.
+    all
+};
 
 /// The dropped list with a folder in first place (links resolved) replaced by what is
 /// under it; a folder with nothing under it leaves the list as it is.
 QStringList withFolderContents(const QStringList &dropped);
 
+/// The dropped list with each folder (links resolved) replaced by what is under it.
+QStringList withContentsOfFolders(const QStringList &dropped);
+
 /// Turns dropped or opened items into pending sources for the analysis.
+///
+/// Folders are searched on another thread, one drop after another in the order in which they
+/// came. From a drop until all that came of it is a row or refused the drop area looks busy.
 class Intake : public QObject
 {
     Q_OBJECT
 
 public:
-    Intake(Outlets &outlets, const BatchList &batch, QObject *parent = nullptr);
+    Intake(Outlets &outlets, const BatchList &batch, AnalysisDriver &analysis,
+           QObject *parent = nullptr);
 
-    /// Admits what it can of the items and stores it under "analysisSrcPathesDico";
-    /// sources still waiting there keep their places before the new ones.
-    void draggedFiles(const QStringList &paths);
+    /// Brings what it can of the items to the analysis; sources already known there and rows
+    /// are left out.
+    void draggedFiles(const QStringList &paths, FoldersTaken folders = FoldersTaken::first);
 
-    /// The look of a drop area that waits for files; lets the batch go on.
-    void leaveBusyLook();
+    /// Forgets the drops that are still being searched.
+    void giveUp();
+
+    /// Drops are being searched, or their sources analysed.
+    bool isBusy() const;
+    /// The items of the drops that are still being searched.
+    QStringList droppedItems() const;
 
 Q_SIGNALS:
     /// The drop area got busy: a running batch pauses.
     void busyStarted();
-    /// Pending sources are stored and "analysisDeb" is set.
-    void sourcesReady();
-    /// The drop area waits for files again: a paused batch goes on.
+    /// The drop area waits for files again: a paused batch goes on. Never while isBusy().
     void busyEnded();
 
 private:
+    struct Drop {
+        QStringList paths;
+        FoldersTaken folders;
+    };
+    /// What is left of a drop.
+    struct Admission {
+        /// Without known sources and repeats.
+        qsizetype fresh = 0;
+        /// Of these, those that may be videos.
+        QStringList sources;
+    };
+
+    static Admission admit(const Drop &drop, const KnownSources &known);
+    void searchNext();
+    void taken(const Admission &admission);
     void enterBusyLook();
-    QStringList withoutKnownSources(const QStringList &paths) const;
-    void storePending(const QStringList &paths);
+    void leaveBusyLook();
 
     Outlets &m_outlets;
     const BatchList &m_batch;
+    AnalysisDriver &m_analysis;
+    /// The first is being searched, unless the search was given up.
+    QList<Drop> m_drops;
+    bool m_isGivenUp = false;
+    BackgroundRun<Admission> m_search;
 };
 
 } // namespace vignar

@@ -18,7 +18,7 @@ RowMaker::RowMaker(Outlets &outlets, BatchList &batch, QObject *parent)
 void RowMaker::start(const SourceDico &record)
 {
     m_source = readStr(record, Keys::srcPathStr);
-    m_isGivenUp = false;
+    m_isBusy = true;
     const QString poster = readStr(record, Keys::imgPathStr);
     rmCocoa(poster);
     m_poster.start(
@@ -37,25 +37,31 @@ void RowMaker::refuse(const QString &source, const QString &reason)
 
 void RowMaker::giveUp()
 {
-    m_isGivenUp = true;
+    m_source = QString();
     m_poster.cancel();
 }
 
 void RowMaker::end(SourceDico record, const Result<PosterPicture> &picture)
 {
     const QString source = std::exchange(m_source, {});
+    m_isBusy = false;
     if (picture && *picture == PosterPicture::any)
         write(record, Keys::intraFailure, 1);
-    if (!m_isGivenUp && !picture)
+    if (!source.isNull() && !picture)
         refuse(source, picture.reason());
-    // A drop may have brought it a second time while it was no row yet.
-    else if (!m_isGivenUp && !m_batch.holdsSource(source))
-        m_batch.append(makeBatchEntry(record, m_batch.count() + 1, m_outlets.chosenLayout(),
-                                      m_outlets.chosenFormat()));
-    logDebug(u"md                  : %@", record);
+    else if (!source.isNull())
+        append(record);
     for (const Refusal &refusal : std::exchange(m_laterRefusals, {}))
         m_outlets.sourceRefused(refusal.source, refusal.reason);
-    Q_EMIT ended(source);
+    Q_EMIT ended();
+}
+
+void RowMaker::append(const SourceDico &record)
+{
+    const BatchEntry row = makeBatchEntry(record, m_batch.count() + 1, m_outlets.chosenLayout(),
+                                          m_outlets.chosenFormat());
+    logDebug(u"md                  : %@", row);
+    m_batch.append(row);
 }
 
 } // namespace vignar

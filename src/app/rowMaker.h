@@ -21,8 +21,9 @@ class RowMaker : public QObject
 public:
     RowMaker(Outlets &outlets, BatchList &batch, QObject *parent = nullptr);
 
-    bool isBusy() const { return !m_source.isNull(); }
-    /// The source that only its poster keeps from being a row; null: none.
+    /// Also until the work on a source that was given up has ended.
+    bool isBusy() const { return m_isBusy; }
+    /// The source that only its poster keeps from being a row; null: none, or it is given up.
     QString source() const { return m_source; }
 
     /// Begins with a source; none must be under way. The record tells its path and that of
@@ -35,7 +36,8 @@ public:
     void giveUp();
 
 Q_SIGNALS:
-    void ended(const QString &source);
+    /// The source that was begun with is a row, refused or given up.
+    void ended();
 
 private:
     struct Refusal {
@@ -44,11 +46,12 @@ private:
     };
 
     void end(SourceDico record, const Result<PosterPicture> &picture);
+    void append(const SourceDico &record);
 
     Outlets &m_outlets;
     BatchList &m_batch;
     QString m_source;
-    bool m_isGivenUp = false;
+    bool m_isBusy = false;
     QList<Refusal> m_laterRefusals;
     BackgroundRun<Result<PosterPicture>> m_poster;
 };

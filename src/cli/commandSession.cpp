@@ -148,7 +148,7 @@ void CommandSession::interrupt()
 {
     m_progress.clear();
     m_application.stopAll();
-    if (!m_application.sheetDriver().isActive() && !m_application.analysisDriver().isActive())
+    if (!m_application.sheetDriver().isActive() && !m_application.isTakingSources())
         quit();
 }
 

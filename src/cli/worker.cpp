@@ -89,8 +89,6 @@ void Worker::take(const QString &source)
     // The first of several sources is looked at as a drop of its own would be, and its link
     // followed; that has been done for this one where it was wanted.
     m_application->draggedFiles({QString(), source});
-    if (!m_application->analysisDriver().isActive())
-        done();
 }
 
 void Worker::rowAdded(int index)
@@ -186,7 +184,7 @@ void Worker::stop()
     if (!m_hasSource)
         return quit();
     m_application->stopAll();
-    if (!m_application->sheetDriver().isActive() && !m_application->analysisDriver().isActive())
+    if (!m_application->sheetDriver().isActive() && !m_application->isTakingSources())
         done();
 }
 

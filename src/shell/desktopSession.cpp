@@ -62,10 +62,7 @@ DesktopSession::~DesktopSession()
 
 void DesktopSession::connectWindow()
 {
-    connect(&m_window, &MainWindow::dropped, this, [this](const QStringList &paths) {
-        m_application.draggedFiles(paths);
-        m_saved.changed();
-    });
+    connect(&m_window, &MainWindow::dropped, this, &DesktopSession::takeFiles);
     connect(&m_window, &MainWindow::activated, &m_model, &BatchModel::lookForSources);
     connect(&m_window, &MainWindow::closed, this, &DesktopSession::endWhenIdle);
     connect(&m_window, &MainWindow::choiceHintPressed, this, [this] {
@@ -141,26 +138,33 @@ void DesktopSession::preferencesChanged()
 
 void DesktopSession::openFiles(const QStringList &paths)
 {
-    m_application.applicationOpenFiles(paths);
+    m_application.applicationOpenFiles(paths, FoldersTaken::all);
+    m_saved.changed();
+}
+
+void DesktopSession::takeFiles(const QStringList &paths)
+{
+    m_application.draggedFiles(paths, FoldersTaken::all);
+    m_saved.changed();
 }
 
 void DesktopSession::showOpenPanel()
 {
     if (const QStringList paths = chooseSources(m_window); !paths.isEmpty())
-        openFiles(paths);
+        takeFiles(paths);
 }
 
 void DesktopSession::showFolderPanel()
 {
     if (const QStringList paths = chooseSourceFolder(m_window); !paths.isEmpty())
-        openFiles(paths);
+        takeFiles(paths);
 }
 
 void DesktopSession::paste()
 {
     const QMimeData *data = QGuiApplication::clipboard()->mimeData();
     if (const QStringList paths = data ? localPaths(*data) : QStringList(); !paths.isEmpty())
-        Q_EMIT m_window.dropped(paths);
+        takeFiles(paths);
     else
         showSheetNotice(localised(u"V_paste_nothing"_s), {});
 }

@@ -102,6 +102,7 @@ private:
     void setGoAllowed(bool isAllowed);
     void updateCommands();
     void updateChoiceHint();
+    void takeFiles(const QStringList &paths);
     void showOpenPanel();
     void showFolderPanel();
     void paste();

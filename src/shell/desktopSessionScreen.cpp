@@ -60,7 +60,7 @@ void DesktopSession::setActionText(RunnerKind kind, const QString &text)
     if (kind == RunnerKind::main) {
         m_window.progress().setFileName(text);
     } else if (kind == RunnerKind::analysis) {
-        const QString source = prefReadStr(RunKeys::analysisSrcPathStr);
+        const QString source = m_application.analysisDriver().sourceAtHand();
         m_window.dropArea().setActivity(text, QFileInfo(source).fileName());
         m_saved.changed();
     }

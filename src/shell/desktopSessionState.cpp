@@ -28,14 +28,7 @@ SessionState DesktopSession::state()
     for (int row = 0; row < batch.count(); ++row)
         state.rows.append({batch.row(row), m_model.fate(batch.sourcePath(row))});
 
-    if (const QString source = m_application.analysisDriver().sourceInTheMaking(); !source.isNull())
-        state.pending.append(source);
-    const Dico pending = prefStored(RunKeys::analysisSrcPathesDico).value_or(Dico());
-    const QString current = prefReadStr(RunKeys::analysisSrcPathStr);
-    if (current.startsWith(u'/') && !state.pending.contains(current))
-        state.pending.append(current);
-    for (int number = 0; number < pending.size(); ++number)
-        state.pending.append(pending.value(QString::number(number)).toString());
+    state.pending = m_application.unfinishedSources();
 
     state.isMaking = m_application.sheetDriver().isActive() && !m_isEnding;
     return state;
@@ -127,9 +120,7 @@ void DesktopSession::endWhenIdle()
 {
     if (!m_isEnding || m_hasEnded)
         return;
-    const bool isBusy =
-        m_application.sheetDriver().isActive() || m_application.analysisDriver().isActive();
-    if (isBusy) {
+    if (m_application.sheetDriver().isActive() || m_application.isTakingSources()) {
         m_endTimer.start();
         return;
     }

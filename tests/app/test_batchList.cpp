@@ -61,6 +61,7 @@ private Q_SLOTS:
     void removalOfAllAsksFirst_data();
     void removalOfAllAsksFirst();
     void removalDeletesPoster();
+    void sourcesAreKnownUntilTheirLastRowGoes();
 };
 
 void TestBatchList::captionShowsPicture_data()
@@ -164,6 +165,22 @@ void TestBatchList::removalDeletesPoster()
     QVERIFY(batch.batchRemoval(true, false));
     QVERIFY(!QFile::exists(poster));
     QVERIFY(!outlets.isDrawerOpen);
+}
+
+void TestBatchList::sourcesAreKnownUntilTheirLastRowGoes()
+{
+    RecordingOutlets outlets;
+    BatchList batch(outlets);
+    fill(batch, 2);
+    fill(batch, 1);
+    batch.select(0);
+    QVERIFY(batch.batchRemoval(true, false));
+    QVERIFY(batch.holdsSource(u"/v/1.mp4"_s));
+    batch.select(1);
+    QVERIFY(batch.batchRemoval(true, false));
+    QCOMPARE(sources(batch), QStringList{u"/v/2.mp4"_s});
+    QVERIFY(!batch.holdsSource(u"/v/1.mp4"_s));
+    QVERIFY(batch.holdsSource(u"/v/2.mp4"_s));
 }
 
 QTEST_GUILESS_MAIN(TestBatchList)

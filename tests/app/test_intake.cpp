@@ -1,12 +1,13 @@
-#include "app/batchList.h"
-#include "app/intake.h"
+#include "app/appDelegate.h"
 #include "app/sourceFiles.h"
+#include "app/sourceQueue.h"
+#include "settings/preferenceStore.h"
 #include "settings/preferences.h"
 #include "support/recordingOutlets.h"
+#include "tasks/testPlaces.h"
 
 #include <QDir>
 #include <QFile>
-#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -16,15 +17,7 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-QString touch(const QTemporaryDir &folder, const QString &name)
-{
-    const QString path = folder.filePath(name);
-    QDir().mkpath(QFileInfo(path).path());
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) ? path : QString();
-}
-
-QStringList pending()
+QStringList printed()
 {
     QStringList paths;
     const Dico stored = prefStored(RunKeys::analysisSrcPathesDico).value_or(Dico());
@@ -33,27 +26,99 @@ QStringList pending()
     return paths;
 }
 
+QStringList numbered(int from, int to)
+{
+    QStringList paths;
+    for (int number = from; number < to; ++number)
+        paths.append(u"/v/%1.mp4"_s.arg(number));
+    return paths;
+}
+
 } // namespace
 
+/// Where there is no ffmpeg each source that is taken in is refused in its turn, so that the
+/// refusals tell what was taken in, and in which order.
 class TestIntake : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void cleanup()
-    {
-        prefDelete(RunKeys::analysisSrcPathesDico);
-        prefDelete(RunKeys::analysisDeb);
-    }
+    void initTestCase();
+    void init();
+    void cleanup() { m_application.reset(); }
 
     void admitsThreeSpellings_data();
     void admitsThreeSpellings();
-    void folderInFirstPlaceReplacesTheRest();
-    void linkedFolderIsEntered();
-    void knownSourcesAreLeftOut();
+    void dropsAreSearched_data();
+    void dropsAreSearched();
+    void firstFolderReplacesTheRest();
+    void rowsAreLeftOut();
     void nothingAdmittedTellsWhy();
-    void laterDropJoinsTheQueue();
+    void laterDropsComeLater();
+    void stopForgetsWhatIsSearched();
+    void queueIsPrinted();
+    void longQueueIsPrintedNowAndThen();
+
+private:
+    QString in(const QString &name) const { return m_places->folder.filePath(name); }
+    QStringList in(QStringList names) const
+    {
+        for (QString &name : names)
+            name = in(name);
+        return names;
+    }
+    QStringList taken() const;
+
+    std::unique_ptr<TestPlaces> m_places;
+    std::unique_ptr<RecordingOutlets> m_outlets;
+    std::unique_ptr<appDelegate> m_application;
 };
+
+void TestIntake::initTestCase()
+{
+    m_places = std::make_unique<TestPlaces>();
+    for (const QString &name : {u"other.mp4"_s,
+                                u".hidden.mp4"_s,
+                                u"notes.txt"_s,
+                                u"one/b/clip 10.mkv"_s,
+                                u"one/b/clip 9.mkv"_s,
+                                u"one/notes.txt"_s,
+                                u"one/a.mp4"_s,
+                                u"two/z.mp4"_s,
+                                u"camera/.clip.mp4"_s,
+                                u"camera/._clip.mp4"_s,
+                                u"camera/clip.mp4"_s,
+                                u"camera/.Trash-1000/files/a.mp4"_s,
+                                u"camera/.Trashes/501/a.mp4"_s,
+                                u"camera/$RECYCLE.BIN/S-1/a.mp4"_s,
+                                u"camera/$Recycle.Bin/a.mp4"_s,
+                                u"camera/lost+found/a.mp4"_s,
+                                u"camera/System Volume Information/a.mp4"_s,
+                                u"camera/@eaDir/a.mp4"_s,
+                                u"camera/trip/.cache/a.mp4"_s,
+                                u"camera/trip/@eaDirs.mp4"_s,
+                                u".private/a.mp4"_s})
+        QVERIFY(!m_places->file(name).isNull());
+    QVERIFY(QDir(in(u""_s)).mkpath(u"empty"_s));
+    QVERIFY(QFile::link(in(u"two"_s), in(u"link to two"_s)));
+    QVERIFY(QFile::link(in(u"two"_s), in(u"one/link to two"_s)));
+    QVERIFY(QFile::link(in(u"other.mp4"_s), in(u"link.mp4"_s)));
+}
+
+void TestIntake::init()
+{
+    setSharedPreferenceStore(std::make_unique<MemoryPreferenceStore>());
+    m_outlets = std::make_unique<RecordingOutlets>();
+    m_application = std::make_unique<appDelegate>(*m_outlets);
+}
+
+QStringList TestIntake::taken() const
+{
+    QStringList paths;
+    for (const auto &[path, reason] : m_outlets->refused)
+        paths.append(path);
+    return paths;
+}
 
 void TestIntake::admitsThreeSpellings_data()
 {
@@ -67,6 +132,7 @@ void TestIntake::admitsThreeSpellings_data()
     QTest::newRow("none") << u"/v/mp4"_s << false;
     QTest::newRow("dot in the folder only") << u"/v.mp4/a"_s << false;
     QTest::newRow("bundle") << u"/v/a.eyetv"_s << false;
+    QTest::newRow("bundle of projects") << u"/v/a.imovieproject"_s << false;
     QTest::newRow("text") << u"/v/a.mp4.txt"_s << false;
 }
 
@@ -76,75 +142,147 @@ void TestIntake::admitsThreeSpellings()
     QTEST(hasAdmittedExtension(path), "isAdmitted");
 }
 
-void TestIntake::folderInFirstPlaceReplacesTheRest()
+void TestIntake::dropsAreSearched_data()
 {
-    QTemporaryDir folder;
-    touch(folder, u"in/b/clip 10.mkv"_s);
-    touch(folder, u"in/b/clip 9.mkv"_s);
-    touch(folder, u"in/notes.txt"_s);
-    const QString other = touch(folder, u"other.mp4"_s);
-    RecordingOutlets outlets;
-    BatchList batch(outlets);
-    Intake intake(outlets, batch);
-    QSignalSpy ready(&intake, &Intake::sourcesReady);
-    intake.draggedFiles({folder.filePath(u"in"_s), other});
-    QCOMPARE(ready.size(), 1);
-    QCOMPARE(pending(), (QStringList{folder.filePath(u"in/b/clip 9.mkv"_s),
-                                     folder.filePath(u"in/b/clip 10.mkv"_s)}));
-    QCOMPARE(prefStored(RunKeys::analysisDeb), 1);
-    QCOMPARE(outlets.dropImage, u"dndAppOff"_s);
+    QTest::addColumn<QStringList>("dropped");
+    QTest::addColumn<QStringList>("sources");
+    const QStringList one{u"one/a.mp4"_s, u"one/b/clip 9.mkv"_s, u"one/b/clip 10.mkv"_s};
+    QTest::newRow("a folder") << QStringList{u"one"_s} << one;
+    QTest::newRow("several") << QStringList{u"two"_s, u"one"_s}
+                             << QStringList{u"two/z.mp4"_s} + one;
+    QTest::newRow("folder between files")
+        << QStringList{u"other.mp4"_s, u"one"_s, u"two/z.mp4"_s}
+        << QStringList{u"other.mp4"_s} + one + QStringList{u"two/z.mp4"_s};
+    QTest::newRow("file of a folder dropped with it")
+        << QStringList{u"one/b/clip 10.mkv"_s, u"one"_s}
+        << QStringList{u"one/b/clip 10.mkv"_s, u"one/a.mp4"_s, u"one/b/clip 9.mkv"_s};
+    QTest::newRow("links") << QStringList{u"link to two"_s, u"link.mp4"_s}
+                           << QStringList{u"two/z.mp4"_s, u"other.mp4"_s};
+    QTest::newRow("empty folder") << QStringList{u"empty"_s, u"two"_s}
+                                  << QStringList{u"two/z.mp4"_s};
+    QTest::newRow("hidden entries and trash")
+        << QStringList{u"camera"_s}
+        << QStringList{u"camera/clip.mp4"_s, u"camera/trip/@eaDirs.mp4"_s};
+    QTest::newRow("hidden but named")
+        << QStringList{u".hidden.mp4"_s, u".private"_s, u"camera/._clip.mp4"_s}
+        << QStringList{u".hidden.mp4"_s, u".private/a.mp4"_s, u"camera/._clip.mp4"_s};
 }
 
-void TestIntake::linkedFolderIsEntered()
+void TestIntake::dropsAreSearched()
 {
-    QTemporaryDir folder;
-    touch(folder, u"in/a.mp4"_s);
-    const QString link = folder.filePath(u"link"_s);
-    QVERIFY(QFile::link(folder.filePath(u"in"_s), link));
-    QCOMPARE(withFolderContents({link}),
-             QStringList{QFileInfo(folder.filePath(u"in/a.mp4"_s)).canonicalFilePath()});
+    QFETCH(QStringList, dropped);
+    QFETCH(QStringList, sources);
+    m_application->draggedFiles(in(dropped), FoldersTaken::all);
+    QCOMPARE(m_outlets->dropImage, u"dndAppOff"_s);
+    QTRY_VERIFY(!m_application->isTakingSources());
+    QCOMPARE(taken(), in(sources));
+    QCOMPARE(m_outlets->dropImage, u"dndApp"_s);
+    QCOMPARE(m_outlets->analysisEnds, 1);
 }
 
-void TestIntake::knownSourcesAreLeftOut()
+void TestIntake::firstFolderReplacesTheRest()
 {
-    RecordingOutlets outlets;
-    BatchList batch(outlets);
+    m_application->draggedFiles(in({u"two"_s, u"other.mp4"_s, u"one"_s}));
+    QTRY_VERIFY(!m_application->isTakingSources());
+    QCOMPARE(taken(), QStringList{in(u"two/z.mp4"_s)});
+    QCOMPARE(withFolderContents(in({u"empty"_s, u"one"_s})), in({u"empty"_s, u"one"_s}));
+    QCOMPARE(withFolderContents(in({u"link.mp4"_s, u"link.mp4"_s})),
+             in({u"other.mp4"_s, u"link.mp4"_s}));
+}
+
+void TestIntake::rowsAreLeftOut()
+{
     SourceDico dico;
-    write(dico, Keys::srcPathStr, u"/v/a.mp4"_s);
-    batch.append(makeBatchEntry(dico, 1, mixLayout, 1));
-    Intake intake(outlets, batch);
-    QSignalSpy ready(&intake, &Intake::sourcesReady);
-    intake.draggedFiles({u"/v/a.mp4"_s});
-    QCOMPARE(ready.size(), 0);
-    QVERIFY(outlets.notices.isEmpty());
-    QVERIFY(outlets.isGoEnabled);
-    intake.draggedFiles({u"/v/a.mp4"_s, u"/v/b.mp4"_s, u"/v/b.mp4"_s});
-    QCOMPARE(pending(), QStringList{u"/v/b.mp4"_s});
+    write(dico, Keys::srcPathStr, in(u"other.mp4"_s));
+    m_application->whichArrayController().append(makeBatchEntry(dico, 1, mixLayout, 1));
+    m_application->draggedFiles({in(u"other.mp4"_s)});
+    QTRY_VERIFY(!m_application->isTakingSources());
+    QVERIFY(m_outlets->notices.isEmpty());
+    QVERIFY(m_outlets->isGoEnabled);
+    m_application->draggedFiles(in({u"other.mp4"_s, u"two/z.mp4"_s, u"two/z.mp4"_s}));
+    QTRY_VERIFY(!m_application->isTakingSources());
+    QCOMPARE(taken(), QStringList{in(u"two/z.mp4"_s)});
 }
 
 void TestIntake::nothingAdmittedTellsWhy()
 {
-    QTemporaryDir empty;
-    RecordingOutlets outlets;
-    BatchList batch(outlets);
-    Intake intake(outlets, batch);
-    QSignalSpy ended(&intake, &Intake::busyEnded);
-    intake.draggedFiles({empty.path()});
-    QCOMPARE(ended.size(), 1);
-    QCOMPARE(outlets.notices.size(), 1);
-    QCOMPARE(outlets.dropImage, u"dndApp"_s);
-    QVERIFY(!outlets.isGoEnabled);
-    QVERIFY(pending().isEmpty());
+    for (const QString &name : {u"empty"_s, u"notes.txt"_s}) {
+        m_outlets->notices.clear();
+        m_application->draggedFiles({in(name)});
+        QTRY_VERIFY(!m_application->isTakingSources());
+        QCOMPARE(m_outlets->notices.size(), 1);
+        QCOMPARE(m_outlets->dropImage, u"dndApp"_s);
+        QVERIFY(!m_outlets->isGoEnabled);
+    }
+    QVERIFY(taken().isEmpty());
 }
 
-void TestIntake::laterDropJoinsTheQueue()
+void TestIntake::laterDropsComeLater()
 {
-    RecordingOutlets outlets;
-    BatchList batch(outlets);
-    Intake intake(outlets, batch);
-    intake.draggedFiles({u"/v/a.mp4"_s, u"/v/b.mp4"_s});
-    intake.draggedFiles({u"/v/c.mp4"_s, u"/v/b.mp4"_s});
-    QCOMPARE(pending(), (QStringList{u"/v/a.mp4"_s, u"/v/b.mp4"_s, u"/v/c.mp4"_s}));
+    m_application->applicationOpenFiles({in(u"two/z.mp4"_s)});
+    m_application->draggedFiles({in(u"one"_s)}, FoldersTaken::all);
+    m_application->draggedFiles(in({u"other.mp4"_s, u"one/a.mp4"_s}), FoldersTaken::all);
+    QCOMPARE(m_application->unfinishedSources(),
+             in({u"one"_s, u"other.mp4"_s, u"one/a.mp4"_s, u"two/z.mp4"_s}));
+    QTRY_COMPARE(m_outlets->analysisEnds, 1);
+    QCOMPARE(taken(), in({u"one/a.mp4"_s, u"one/b/clip 9.mkv"_s, u"one/b/clip 10.mkv"_s,
+                          u"other.mp4"_s, u"two/z.mp4"_s}));
+    QVERIFY(m_application->unfinishedSources().isEmpty());
+}
+
+void TestIntake::stopForgetsWhatIsSearched()
+{
+    m_application->draggedFiles({in(u"one"_s)}, FoldersTaken::all);
+    m_application->draggedFiles({in(u"other.mp4"_s)});
+    m_application->iba_taskStopBt(RunnerKind::analysis);
+    m_application->draggedFiles({in(u"one/a.mp4"_s)});
+    QCOMPARE(m_application->unfinishedSources(), QStringList{in(u"one/a.mp4"_s)});
+    QTRY_COMPARE(m_outlets->analysisEnds, 1);
+    QCOMPARE(taken(), QStringList{in(u"one/a.mp4"_s)});
+}
+
+void TestIntake::queueIsPrinted()
+{
+    SourceQueue queue;
+    queue.append(numbered(0, 12));
+    queue.append(numbered(12, 14));
+    QCOMPARE(printed(), numbered(0, 14));
+    QCOMPARE(queue.takeFirst(), u"/v/0.mp4"_s);
+    QCOMPARE(printed(), numbered(1, 14));
+    queue.clear();
+    QVERIFY(queue.isEmpty() && !queue.asSet().contains(u"/v/1.mp4"_s));
+    QVERIFY(!prefRead(RunKeys::analysisSrcPathesDico).isValid());
+    queue.append(numbered(3, 4));
+    QCOMPARE(printed(), numbered(3, 4));
+    queue.takeFirst();
+    QVERIFY(!prefRead(RunKeys::analysisSrcPathesDico).isValid());
+}
+
+/// What is printed may lack no source that waits, however the changes fall.
+void TestIntake::longQueueIsPrintedNowAndThen()
+{
+    constexpr int count = 6 * int(SourceQueue::shortQueue);
+    SourceQueue queue;
+    queue.append(numbered(0, count / 2));
+    queue.append(numbered(count / 2, count));
+    QTRY_COMPARE(printed(), numbered(0, count));
+    for (int next = 0; next < count; ++next) {
+        QCOMPARE(queue.takeFirst(), u"/v/%1.mp4"_s.arg(next));
+        if (next % 32 != 0)
+            continue;
+        QTest::qWait(0);
+        const QStringList stored = printed();
+        QCOMPARE(stored.mid(stored.size() - queue.size()), queue.paths());
+        QVERIFY(queue.size() > SourceQueue::shortQueue || stored.size() == queue.size());
+    }
+    queue.append(numbered(0, count));
+    queue.clear();
+    queue.append(numbered(count, 2 * count));
+    QTRY_VERIFY(!printed().isEmpty());
+    QCOMPARE(printed(), numbered(count, 2 * count));
+    for (int next = 0; next < count / 2; ++next)
+        queue.takeFirst();
+    QTRY_COMPARE(printed(), queue.paths());
 }
 
 QTEST_GUILESS_MAIN(TestIntake)
