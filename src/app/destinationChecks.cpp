@@ -33,13 +33,13 @@ bool isWritableFolder(const QString &folder)
     return QFileInfo(folder).isDir() && QFileInfo(folder).isWritable();
 }
 
-bool hasRoom(const QString &folder)
-{
-    const double necessary = spaceFactor * encDstPoidsEstimatif();
-    const qint64 free = freeDiskSpaceMo(folder);
-    logLine(u"free necessary space: %.1f vs %ld (MB)", necessary, free);
-    return free < 0 || free >= necessary;
-}
+struct Space {
+    double necessary = spaceFactor * encDstPoidsEstimatif();
+    qint64 free = -1;
+
+    explicit Space(const QString &folder) : free(freeDiskSpaceMo(folder)) {}
+    bool isEnough() const { return free < 0 || free >= necessary; }
+};
 
 /// What the user has said to hold for all files that are in the way.
 std::optional<bool> settledReplacement()
@@ -147,7 +147,9 @@ Result<void> preparedDestination(const QString &folder)
 
 Result<void> checkedSpace(const QString &folder)
 {
-    if (hasRoom(folder))
+    const Space space(folder);
+    logLine(u"free necessary space: %.1f vs %ld (MB)", space.necessary, space.free);
+    if (space.isEnough())
         return {};
     alertTimed(localised(u"D_go_echec_disque1"_s), localised(u"D_go_echec_disque2"_s), {}, {}, {},
                AlertStyle::critical, questionSeconds);
@@ -200,7 +202,7 @@ Result<PlacesSettled> settlePlaces(const SheetTarget &target, SheetFormat format
 bool isMadeWithoutAsking(const SheetTarget &target, SheetFormat format)
 {
     const QString folder = QFileInfo(target.dstPath).path();
-    if (!isWritableFolder(folder) || !hasRoom(folder))
+    if (!isWritableFolder(folder) || !Space(folder).isEnough())
         return false;
     const auto settled = settledReplacement();
     const QString sheet = target.sheetFile(format);

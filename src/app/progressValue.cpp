@@ -4,6 +4,8 @@
 
 #include <QRegularExpression>
 
+#include <algorithm>
+
 namespace vignar
 {
 
@@ -74,6 +76,11 @@ std::optional<int> percentToShow(double value, double maximum, double previousVa
         return std::nullopt;
     }
     return static_cast<int>(percent);
+}
+
+double speedOf(double duration, qint64 milliseconds)
+{
+    return duration / double(std::max<qint64>(1, milliseconds / 1000));
 }
 
 QString maximumVolume(const QString &text)

@@ -36,6 +36,9 @@ inline constexpr double noPreviousValue = -123456.0;
 /// it only moves forward, and the last percent is shown by the end of the step.
 std::optional<int> percentToShow(double value, double maximum, double previousValue);
 
+/// Seconds of a source for each second that its sheet took: whole ones, and at least one.
+double speedOf(double duration, qint64 milliseconds);
+
 /// Loudness found in a tool's text, as text without its unit; null when absent.
 QString maximumVolume(const QString &text);
 QString averageLoudness(const QString &text);

@@ -195,6 +195,7 @@ void SheetDriver::resume()
 
 void SheetDriver::taskToSuspendTemporary(bool isToSuspend)
 {
+    m_isIntakeBusy = isToSuspend;
     m_isPausedByIntake = isToSuspend && m_isActive;
     if (m_isPausedByIntake)
         suspendRuns();
@@ -318,7 +319,8 @@ void SheetDriver::endBatch()
     m_outlets.setStopVisible(RunnerKind::main, false);
     m_outlets.setActionText(RunnerKind::main, {});
     m_outlets.setStepsText({});
-    m_outlets.setGoEnabled(m_batch.count() > 0);
+    // The end of an intake enables it by itself.
+    m_outlets.setGoEnabled(m_batch.count() > 0 && !m_isIntakeBusy);
     if (m_batch.count() > 0 && !wasStopped) {
         const bool isLastFailed = m_batch.resultat(m_batch.count() - 1) == Puces::puceFailure;
         if (isLastFailed || prefValue(Prefs::prefAlertEnd) == 1)

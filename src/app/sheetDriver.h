@@ -129,6 +129,7 @@ private:
     int m_taskStopInt = 0;
     bool m_isPausedByUser = false;
     bool m_isPausedByIntake = false;
+    bool m_isIntakeBusy = false;
     /// A step that became due while paused.
     QString m_deferredStep;
     /// Paths that this run has written or is about to, for sources of the same name.

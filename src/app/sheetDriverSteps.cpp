@@ -301,10 +301,9 @@ void SheetDriver::finishRow()
 void SheetDriver::writeSummary() const
 {
     const double duration = read(workingRecord(), Keys::w_duration).value_or(0);
-    const double elapsed = std::max<qint64>(1, m_workClock.elapsed() / 1000);
     const QString site = filled(u"(made by %@)", QString(bundleName).toLower());
     summaryLogAppend(filled(u"   Total speed      : real time / %.2f\ndate                : %@\n%@",
-                            duration / elapsed,
+                            speedOf(duration, m_workClock.elapsed()),
                             QDateTime::currentDateTime().toString(u"yyyy-MM-dd HH:mm:ss"_s), site));
 }
 

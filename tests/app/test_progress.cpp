@@ -1,8 +1,16 @@
 #include "app/progressReporter.h"
+#include "settings/preferenceStore.h"
+#include "settings/preferences.h"
+#include "support/logLines.h"
 #include "support/recordingOutlets.h"
 
 #include <QSignalSpy>
+#include <QTemporaryDir>
 #include <QTest>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace vignar;
 using namespace Qt::StringLiterals;
@@ -16,8 +24,11 @@ private Q_SLOTS:
     void readsValues();
     void movesForwardOnly_data();
     void movesForwardOnly();
+    void countsAtLeastASecond_data();
+    void countsAtLeastASecond();
     void picksUpLoudness();
     void reportsPercentOfRun();
+    void endsStuckAnalysis_data();
     void endsStuckAnalysis();
     void collectsWhatIsNotAscii();
     void endsOnceWhenToolIsMissing();
@@ -79,11 +90,37 @@ void TestProgress::movesForwardOnly()
     QCOMPARE(percentToShow(value, maximum, previous).value_or(-1), percent);
 }
 
+void TestProgress::countsAtLeastASecond_data()
+{
+    QTest::addColumn<qint64>("milliseconds");
+    QTest::addColumn<double>("speed");
+    QTest::newRow("no time at all") << qint64(0) << 60.0;
+    QTest::newRow("no whole second") << qint64(999) << 60.0;
+    QTest::newRow("only whole seconds") << qint64(4999) << 15.0;
+    QTest::newRow("slower than the source") << qint64(240'000) << 0.25;
+}
+
+void TestProgress::countsAtLeastASecond()
+{
+    QFETCH(qint64, milliseconds);
+    QTEST(speedOf(60, milliseconds), "speed");
+}
+
 void TestProgress::picksUpLoudness()
 {
-    QCOMPARE(maximumVolume(u"[Parsed_volumedetect_0 @ 0x1] max_volume: -3.5 dB"_s), u"-3.5"_s);
     QVERIFY(maximumVolume(u"max_volume: -3.5 dB"_s).isNull());
-    QCOMPARE(averageLoudness(u"  Integrated loudness:\n    I:       -23.1 LUFS"_s), u"-23.1"_s);
+    setSharedPreferenceStore(std::make_unique<MemoryPreferenceStore>());
+    RecordingOutlets outlets;
+    ProgressReporter reporter(outlets);
+    QSignalSpy done(&reporter, &ProgressReporter::done);
+    QVERIFY(reporter.tasklauncherStart(
+        shell(u"echo '[Parsed_volumedetect_0 @ 0x1] max_volume: -3.5 dB';"
+              "printf '  Integrated loudness:\\n    I:       -23.1 LUFS\\n'"_s,
+              parseNothing, RunnerKind::main)));
+    QTRY_COMPARE(done.size(), 1);
+    QCOMPARE(prefStored(RunKeys::processEncDico).value_or(Dico()),
+             (Dico{{u"normalizedVolumedetect"_s, u"-3.5"_s}, {u"normalized"_s, u"-23.1"_s}}));
+    setSharedPreferenceStore(nullptr);
 }
 
 void TestProgress::reportsPercentOfRun()
@@ -99,17 +136,53 @@ void TestProgress::reportsPercentOfRun()
     QVERIFY(!reporter.isRunning(RunnerKind::main));
 }
 
+void TestProgress::endsStuckAnalysis_data()
+{
+    QTest::addColumn<QStringList>("before");
+    QTest::addColumn<int>("taken");
+    const QString zero = u"frame=0 time=00:00:00.00 x"_s;
+    QTest::newRow("from the start") << QStringList() << 10;
+    QTest::newRow("after another report") << QStringList{u"time=00:00:01.00 x"_s} << 11;
+    QTest::newRow("interrupted") << QStringList{zero, zero, zero, u"Press [q] to stop"_s} << 11;
+}
+
 void TestProgress::endsStuckAnalysis()
 {
+    QFETCH(QStringList, before);
+    const QTemporaryDir folder;
+    const QString gate = folder.filePath(u"gate"_s);
+    QCOMPARE(mkfifo(gate.toLocal8Bit(), 0600), 0);
+    const int pipe = open(gate.toLocal8Bit(), O_RDWR | O_CLOEXEC);
+    QVERIFY(pipe >= 0);
     RecordingOutlets outlets;
     ProgressReporter reporter(outlets);
     QSignalSpy done(&reporter, &ProgressReporter::done);
-    // Each report of the loop comes as a chunk of its own; the loop itself never ends.
+    // Its answer to each line of ours is a chunk of its own.
     QVERIFY(reporter.tasklauncherStart(
-        shell(u"while :; do echo frame=0 time=00:00:00.00 x; sleep 0.02; done"_s, parseCollected,
+        shell(filled(u"while read -r line; do echo \"$line\"; done <'%@'", gate), parseCollected,
               RunnerKind::analysis)));
-    QTRY_COMPARE_WITH_TIMEOUT(done.size(), 1, 20000);
+    int chunks = 0;
+    qsizetype length = 0;
+    const auto isRead = [&](const QString &line) {
+        const QByteArray bytes = line.toLocal8Bit() + '\n';
+        if (write(pipe, bytes.constData(), bytes.size()) != bytes.size())
+            return false;
+        length += line.size() + 1;
+        const bool hasCome =
+            QTest::qWaitFor([&] { return reporter.analysisTaskVerboseMStr().size() == length; });
+        // What a chunk has called for happens before the next one is written.
+        QCoreApplication::sendPostedEvents();
+        ++chunks;
+        return hasCome;
+    };
+    for (const QString &line : before)
+        QVERIFY(isRead(line));
+    for (chunks = 0; reporter.isRunning(RunnerKind::analysis);)
+        QVERIFY(chunks < 30 && isRead(u"frame=0 time=00:00:00.00 x"_s));
+    QTRY_COMPARE(done.size(), 1);
+    ::close(pipe);
     QCOMPARE(reporter.lastStatus(RunnerKind::analysis), taskLauncher::killedStatus);
+    QTEST(chunks, "taken");
 }
 
 void TestProgress::collectsWhatIsNotAscii()
