@@ -4,6 +4,8 @@
 //
 //   bench_desktopLatency FOLDER      (clips are made there once and kept)
 
+#include "heart.h"
+
 #include "app/batchList.h"
 #include "settings/alerts.h"
 #include "settings/logFiles.h"
@@ -22,7 +24,6 @@
 #include <QElapsedTimer>
 #include <QMetaEnum>
 #include <QTemporaryDir>
-#include <QTimer>
 
 #include <algorithm>
 #include <cstdio>
@@ -39,7 +40,6 @@ namespace
 constexpr int sourceCount = 500;
 constexpr int clipCount = 10;
 constexpr int sheetCount = 40;
-constexpr int beat = 5;
 constexpr size_t shownEvents = 6;
 
 /// Keeps the longest time that each kind of event took.
@@ -61,34 +61,6 @@ public:
     }
 
     std::map<QByteArray, double> slowest;
-};
-
-/// How late each beat of a precise timer came, in milliseconds.
-class Heart
-{
-public:
-    Heart()
-    {
-        m_timer.setTimerType(Qt::PreciseTimer);
-        m_timer.callOnTimeout([this] {
-            m_delays.append(std::max(0.0, 1e-6 * double(m_clock.nsecsElapsed()) - beat));
-            m_clock.start();
-        });
-        m_clock.start();
-        m_timer.start(beat);
-    }
-
-    bool hasBeaten() const { return !m_delays.isEmpty(); }
-    QList<double> sortedDelays()
-    {
-        std::sort(m_delays.begin(), m_delays.end());
-        return m_delays;
-    }
-
-private:
-    QTimer m_timer;
-    QElapsedTimer m_clock;
-    QList<double> m_delays;
 };
 
 double peakMebibytes()
@@ -129,7 +101,7 @@ void measure(const char *what, Start start, IsDone isDone)
     QElapsedTimer clock;
     clock.start();
     start();
-    while (!isDone() || !heart.hasBeaten())
+    while (!isDone() || heart.beats() == 0)
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     const double seconds = 1e-3 * double(clock.elapsed());
     const QList<double> delays = heart.sortedDelays();
