@@ -1,6 +1,7 @@
 #include "analysis/ffProbes.h"
 
 #include "analysis/ffReportStreams.h"
+#include "analysis/pictureStream.h"
 #include "analysis/reportText.h"
 #include "analysis/streamKeys.h"
 #include "classShared/durations.h"
@@ -118,6 +119,19 @@ std::optional<double> startOf(const TracedStream &stream, const std::map<int, do
     return found == times.end() ? std::nullopt : std::optional(found->second / stream.timeBase);
 }
 
+/// Of streams with a video stream among them.
+TracedStream shownVideo(const QList<TracedStream> &streams, const QString &report)
+{
+    const auto isVideo = [](const TracedStream &stream) { return stream.type == u'v'; };
+    const auto first = std::ranges::find_if(streams, isVideo);
+    if (std::ranges::count_if(streams, isVideo) == 1)
+        return *first;
+    const int shown = videoStreams(report).value(0, first->id);
+    const auto found = std::ranges::find_if(
+        streams, [&](const TracedStream &stream) { return isVideo(stream) && stream.id == shown; });
+    return found == streams.cend() ? *first : *found;
+}
+
 int countAfter(QStringView line, QStringView mark)
 {
     return leadingInt(textAfter(line, mark));
@@ -191,7 +205,7 @@ std::optional<Dico> ptsDtsOffsetMs(const QString &report)
     const std::map<int, double> times = firstPacketTimes(lines);
     if (first(u'v') == streams.cend() || first(u'a') == streams.cend())
         return std::nullopt;
-    const auto videoStart = startOf(*first(u'v'), times);
+    const auto videoStart = startOf(shownVideo(streams, report), times);
     if (!videoStart)
         return std::nullopt;
     Dico offsets;

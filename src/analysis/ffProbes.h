@@ -31,7 +31,8 @@ int durationM2vFromText(const QString &text);
 /// stream is the first time in its packet trace ("ff_read_packet stream=0, pts=…"), of
 /// one packet the presentation time before the decoding time, and 0 where that is
 /// negative; a stream without one gets no key. Streams of data and attachments get none;
-/// "the" video is the first that is not an attached picture. Nothing without a video
+/// "the" video is the first that is not an attached picture, or of several the one that
+/// ffmpeg decoded. Nothing without a video
 /// stream that has a start, without an audio stream, and without a trace. Times are
 /// divided by the denominator of the stream's time base alone.
 std::optional<Dico> ptsDtsOffsetMs(const QString &report);

@@ -84,9 +84,9 @@ bool isMetadataLine(const QString &line)
            line.sliced(metadataColon).startsWith(u": ");
 }
 
-/// Reads the input block line by line. A stream's number counts the streams of its type.
-/// v0 is the movie's picture: pictures that are merely attached to the source, such as a
-/// cover, are numbered after every real video stream, and from 1 where there is none.
+/// Reads the input block line by line. A stream's number counts the streams of its type, and
+/// pictures that are merely attached to the source, such as a cover, are numbered after every
+/// real video stream, and from 1 where there is none.
 class BlockReader
 {
 public:
@@ -103,6 +103,8 @@ public:
             readLine(i);
         for (const auto &[number, degrees] : m_turns)
             turnUpright(m_infos, number, degrees);
+        if (m_video > 1)
+            write(m_infos, Keys::w_videos, m_video);
         return m_infos;
     }
 

@@ -17,11 +17,12 @@ std::optional<Dico> ffInfos(const QString &srcPath, const QString &report);
 
 /// The parsing half of ffInfos(): pure, nothing when the text holds no "Input #".
 ///
-/// v0 is the movie's picture. Pictures that are merely attached to the source ("(attached
-/// pic)", such as a cover) are numbered after every real video stream; where there is
-/// none they begin at v1. ffmpeg turns the frames of a source with a display matrix, so
-/// width, height and aspect are those of the turned picture (Keys::v_rotation); a
-/// "rotate" tag without a matrix is not followed, as ffmpeg does not follow it.
+/// Video streams are numbered in the order of the report; which of several the source is shown
+/// by, and hence v0 of its record, is decided later (pictureStream.h). Pictures that are merely
+/// attached to the source ("(attached pic)", such as a cover) are numbered after every real
+/// video stream; where there is none they begin at v1. ffmpeg turns the frames of a source with a
+/// display matrix, so width, height and aspect are those of the turned picture (Keys::v_rotation);
+/// a "rotate" tag without a matrix is not followed, as ffmpeg does not follow it.
 std::optional<Dico> parseFfReport(const QString &report);
 
 /// Start times of the chapters in seconds, those closer than 20 s to the one kept

@@ -7,6 +7,7 @@
 #include "analysis/fieldOrder.h"
 #include "analysis/mediaClasses.h"
 #include "analysis/mergeRules.h"
+#include "analysis/pictureStream.h"
 #include "analysis/streamKeys.h"
 #include "classShared/files.h"
 #include "classShared/lineLog.h"
@@ -96,6 +97,7 @@ private:
     bool isRedirector() const;
     void readMpeg();
     void readFfmpegReport();
+    void settlePictureStream();
     void judgeReport();
     void judgeMovieFramework();
     void inspectMovie();
@@ -137,6 +139,7 @@ Result<SourceDico> SourceAnalysis::analyse()
         return Failure{localised(u"V_reason_asx"_s)};
     readMpeg();
     readFfmpegReport();
+    settlePictureStream();
     judgeReport();
     if (!m_input.fields.isEmpty())
         write(m_dicos.ff, Keys::v_fields, 0, m_input.fields);
@@ -200,6 +203,17 @@ void SourceAnalysis::readFfmpegReport()
         m_dicos.ff.insert(m_readers.ptsDtsOffsetMs(m_report).value_or(Dico()));
     if (const auto chapters = ffChapters(m_report))
         write(m_dicos.ff, Keys::chapters, QVariantList(chapters->cbegin(), chapters->cend()));
+}
+
+void SourceAnalysis::settlePictureStream()
+{
+    if (!contains(m_dicos.ff, Keys::w_videos))
+        return;
+    const QList<int> streams = videoStreams(withoutSourcePath(m_input.report, m_input.srcPath));
+    if (!streams.isEmpty())
+        putFirst(streams.constFirst(), m_dicos.ff);
+    // The MPEG reader describes the stream whose header it meets first, whichever that is.
+    m_dicos.mp.removeIf([](const auto &entry) { return entry.key().startsWith(u'v'); });
 }
 
 void SourceAnalysis::judgeReport()

@@ -96,6 +96,7 @@ void AnalysisDriver::requestStop()
     // Now: what is dropped from here on is not meant by the stop.
     m_queue.clear();
     m_reading.cancel();
+    m_choosing.cancel();
     m_rowMaker.giveUp();
     if (m_reporter.isRunning(RunnerKind::analysis))
         m_reporter.tasklauncherTerminate(RunnerKind::analysis);

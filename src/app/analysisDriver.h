@@ -9,6 +9,8 @@
 
 #include <QObject>
 
+#include <optional>
+
 namespace vignar
 {
 
@@ -21,6 +23,9 @@ struct SourceAtHand {
     QString path;
     std::optional<SourceDico> record;
     QString posterPath;
+    /// Of several video streams one has been chosen to be probed; null: the one that ffmpeg takes.
+    bool isStreamChosen = false;
+    std::optional<int> stream = {};
 };
 
 /// The sources that a drop does not bring a second time.
@@ -110,6 +115,8 @@ private:
     void waitForRow();
     QString report() const;
     bool isReportOfSuccess() const;
+    bool isStreamToChoose() const;
+    void chooseStream();
 
     Outlets &m_outlets;
     const BatchList &m_batch;
@@ -126,6 +133,7 @@ private:
     std::optional<SourceAtHand> m_atHand;
     RowMaker m_rowMaker;
     BackgroundRun<ReadSource> m_reading;
+    BackgroundRun<std::optional<int>> m_choosing;
 };
 
 } // namespace vignar

@@ -2,6 +2,7 @@
 
 #include "analysis/ffReport.h"
 #include "analysis/ffReportVerdicts.h"
+#include "analysis/pictureStream.h"
 #include "app/decodedFrames.h"
 #include "app/progressReporter.h"
 #include "classShared/files.h"
@@ -72,8 +73,10 @@ StepEnd AnalysisDriver::startProbe()
     QStringList arguments{tool, u"-loglevel"_s, u"debug"_s, u"-fdebug"_s, u"ts"_s};
     if (const QString forced = prefReadStr(Prefs::ffFileForceFormatStr); !forced.isEmpty())
         arguments << u"-f"_s << forced;
-    arguments << u"-i"_s << source << u"-vframes"_s << u"10"_s << u"-pix_fmt"_s << u"yuv420p"_s
-              << u"-an"_s;
+    arguments << u"-i"_s << source;
+    if (m_atHand->stream)
+        arguments << u"-map"_s << u"0:%1"_s.arg(*m_atHand->stream);
+    arguments << u"-vframes"_s << u"10"_s << u"-pix_fmt"_s << u"yuv420p"_s << u"-an"_s;
     if (m_canWriteFrames)
         arguments << u"-f"_s << u"yuv4mpegpipe"_s << u"-y"_s << framePath();
     else
@@ -125,6 +128,10 @@ StepEnd AnalysisDriver::judgeReport()
         setMark(RunKeys::analysisFfmpeg.text);
         return StepEnd::again;
     }
+    if (isStreamToChoose()) {
+        chooseStream();
+        return StepEnd::running;
+    }
     const RunFault fault = m_reporter.lastFault(RunnerKind::analysis);
     bool isUsable = fault == RunFault::none && isReportOfSuccess();
     if (!isUsable) {
@@ -140,6 +147,32 @@ StepEnd AnalysisDriver::judgeReport()
                    : faultReason(fault));
     setMark(isUsable ? RunKeys::analysisDico.text : RunKeys::analysisFin.text);
     return StepEnd::again;
+}
+
+bool AnalysisDriver::isStreamToChoose() const
+{
+    return m_atHand && !m_atHand->isStreamChosen &&
+           videoStreams(withoutSourcePath(report(), m_atHand->path)).size() > 1;
+}
+
+/// Where another stream is the picture than the one that ffmpeg takes, the source is probed once
+/// more: field order, colours and faults are then those of that stream.
+void AnalysisDriver::chooseStream()
+{
+    m_atHand->isStreamChosen = true;
+    const QString source = m_atHand->path;
+    const QString text = withoutSourcePath(report(), source);
+    const auto choose = [source, text] {
+        return pictureStream(text,
+                             [&source](int stream) { return picturesOfStream(source, stream); });
+    };
+    m_choosing.start(this, choose, [this, taken = videoStreams(text).constFirst()](auto stream) {
+        if (stream && *stream != taken)
+            m_atHand->stream = stream;
+        setMark(m_atHand->stream ? RunKeys::analysisFfmpeg.text
+                                 : RunKeys::analysisFfmpegParse.text);
+        again();
+    });
 }
 
 StepEnd AnalysisDriver::startMediaInfo()

@@ -39,6 +39,9 @@ inline constexpr Key<double> w_dar{"w_dar"};
 inline constexpr Key<int> w_nsav{"w_nsav"};
 inline constexpr Key<int> w_qtasync{"w_qtasync"};
 inline constexpr Key<QString> wrapper{"wrapper"};
+/// How many video streams there are to choose from, attached pictures not counted; absent where
+/// there is no choice.
+inline constexpr Key<int> w_videos{"w_videos"};
 /// What the container says about its contents.
 inline constexpr Key<QString> w_comment{"w_comment"};
 inline constexpr Key<QVariantList> chapters{"chapters"};

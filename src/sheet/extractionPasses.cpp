@@ -3,6 +3,7 @@
 #include "classShared/format.h"
 #include "settings/stringTables.h"
 #include "sheet/pictureTimes.h"
+#include "sheet/plannedSource.h"
 #include "sheet/thumbnailPlan.h"
 #include "sheet/toneMapping.h"
 #include "tasks/toolPlaces.h"
@@ -41,6 +42,13 @@ QString sourcePath(const SourceDico &source)
 QStringList literalPathOptions(const QString &outputPath)
 {
     return outputPath.contains(u'%') ? QStringList{u"-update"_s, u"1"_s} : QStringList();
+}
+
+/// Nothing where there is but one video stream.
+QStringList streamOptions(const SourceDico &source)
+{
+    const auto stream = namedStream(source);
+    return stream ? QStringList{u"-map"_s, u"0:%1"_s.arg(*stream)} : QStringList();
 }
 
 /// The pass entering the source at one place and decoding up to the instant.
@@ -104,26 +112,11 @@ QString standardRange(const SourceDico &source, const QSize &size)
 QStringList ffmpegPass(const SourceDico &source, double instant, const QString &filter,
                        const QString &outputPath)
 {
-    QStringList pass{ffmpegPath(),
-                     u"-ss"_s,
-                     filled(u"%.2f", instant),
-                     u"-loglevel"_s,
-                     u"info"_s,
-                     u"-i"_s,
-                     sourcePath(source),
-                     u"-t"_s,
-                     u"12"_s,
-                     u"-vframes"_s,
-                     u"1"_s,
-                     u"-vf"_s,
-                     filter,
-                     u"-b:v"_s,
-                     u"20M"_s,
-                     u"-bt"_s,
-                     u"1000M"_s,
-                     u"-q:v"_s,
-                     u"1"_s,
-                     u"-an"_s};
+    QStringList pass{ffmpegPath(), u"-ss"_s, filled(u"%.2f", instant), u"-loglevel"_s,
+                     u"info"_s,    u"-i"_s,  sourcePath(source)};
+    pass << streamOptions(source);
+    pass << QStringList{u"-t"_s,  u"12"_s,  u"-vframes"_s, u"1"_s,    u"-vf"_s, filter,  u"-b:v"_s,
+                        u"20M"_s, u"-bt"_s, u"1000M"_s,    u"-q:v"_s, u"1"_s,   u"-an"_s};
     return pass << literalPathOptions(outputPath) << u"-y"_s << outputPath;
 }
 

@@ -69,7 +69,7 @@ public:
         const double instant = inputOf(pass, form);
         // In an excerpt ffmpeg does not see which pictures are merely attached.
         if (m_isStreamSure)
-            m_outputs << u"-map"_s << u"%1:V:0"_s.arg(m_input);
+            m_outputs << u"-map"_s << u"%1:%2"_s.arg(QString::number(m_input), streamOf(pass));
         m_outputs << (form.time ? telling(pass, number, instant) : pass.output) << pass.path;
         m_run.pictures.push_back(number);
         if (form.time)
@@ -96,6 +96,11 @@ private:
             ++m_input;
         }
         return m_instant;
+    }
+
+    static QString streamOf(const PassParts &pass)
+    {
+        return pass.stream.isEmpty() ? u"V:0"_s : pass.stream.constLast().section(u':', 1);
     }
 
     /// The options of an output whose filter tells the time of its picture, from the instant

@@ -19,6 +19,10 @@ PassParts takenApart(const QStringList &pass)
         parts.input.remove(level, 2);
     if (const qsizetype seek = parts.input.indexOf(u"-ss"_s); seek >= 0)
         parts.instant = parts.input.value(seek + 1).toDouble();
+    if (const qsizetype map = parts.output.indexOf(u"-map"_s); map >= 0) {
+        parts.stream = parts.output.mid(map, 2);
+        parts.output.remove(map, 2);
+    }
     return parts;
 }
 

@@ -11,7 +11,9 @@ struct PassParts {
     /// Options of the input, without the log level; the seek is among them.
     QStringList input;
     QString source;
-    /// Options of the output, without its path.
+    /// The choice of a stream; empty for ffmpeg's own.
+    QStringList stream;
+    /// Options of the output, without the choice of a stream and its path.
     QStringList output;
     QString path;
     /// Seconds into the source.

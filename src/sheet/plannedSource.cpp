@@ -30,4 +30,11 @@ QSize storedSize(const SourceDico &source)
     return {side(read(source, Keys::v_width, 0), 1280), side(read(source, Keys::v_height, 0), 960)};
 }
 
+std::optional<int> namedStream(const SourceDico &source)
+{
+    if (!contains(source, Keys::w_videos))
+        return std::nullopt;
+    return read(source, Keys::v_id, 0);
+}
+
 } // namespace vignar

@@ -2,6 +2,7 @@
 
 #include "sheet/excerpts.h"
 #include "sheet/intraSearch.h"
+#include "sheet/plannedSource.h"
 
 #include <algorithm>
 
@@ -17,9 +18,11 @@ namespace
 /// would decode one, are quicker done in one go.
 constexpr double shortGroup = 2;
 
-/// True when any of its picture streams is of H.264: which one ffmpeg takes is not known.
+/// True when any of its picture streams is of H.264, unless it is known which one is taken.
 bool hasAvc(const SourceDico &source)
 {
+    if (namedStream(source))
+        return read(source, Keys::v_codec, 0) == u"h264";
     for (int stream = 0; source.contains(Keys::v_codec(stream)); ++stream) {
         if (read(source, Keys::v_codec, stream) == u"h264")
             return true;
@@ -32,7 +35,8 @@ bool hasAvc(const SourceDico &source)
 bool isToldByItsHeader(const SourceDico &source)
 {
     const QString container = readStr(source, Keys::wrapper);
-    return read(source, Keys::w_offset) == 0.0 &&
+    // Which of several streams a seek in such a container goes by is not for us to say.
+    return !namedStream(source) && read(source, Keys::w_offset) == 0.0 &&
            (container.startsWith("mov,"_L1) || container.startsWith("matroska,"_L1));
 }
 
@@ -62,7 +66,7 @@ QuickForms::QuickForms(const PassMap &passes, const SourceDico &source)
       // Which of several ffmpeg takes is its own affair. An index is of a file with one picture
       // track; what else there is are pictures attached to it, which ffmpeg does not take.
       m_isStreamSure(source.contains(Keys::v_codec(0)) &&
-                     (m_index || !source.contains(Keys::v_codec(1))))
+                     (m_index || namedStream(source) || !source.contains(Keys::v_codec(1))))
 {
 }
 

@@ -40,7 +40,7 @@ void appendStretchOutput(FastRun &run, const QStringList &arguments, double offs
     const qsizetype filter = options.indexOf(u"-vf"_s) + 1;
     if (filter > 0)
         options[filter] = trimmed(options.at(filter), offset);
-    run.arguments << options << path;
+    run.arguments << pass.stream << options << path;
 }
 
 /// The filter text passing on no more than a pass that takes any picture needs: the tool goes

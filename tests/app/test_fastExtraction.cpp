@@ -119,6 +119,19 @@ private Q_SLOTS:
         write(source, Keys::v_codec, 1, u"mjpeg"_s);
         for (const FastRun &run : intraPlan(planned, source, 2).runs)
             QCOMPARE(run.pictures.size(), 1U);
+        // Unless the passes say it.
+        write(source, Keys::w_videos, 2);
+        write(source, Keys::v_id, 0, 3);
+        planned = passes(source, 100, 20, u"x"_s);
+        std::vector<FastRun> named = intraPlan(planned, source, 2).runs;
+        QCOMPARE(named.size(), 2U);
+        for (const FastRun &run : named) {
+            for (qsizetype input = 0; input < qsizetype(run.pictures.size()); ++input)
+                QVERIFY(run.arguments.contains(u"%1:3"_s.arg(input)));
+        }
+        named = stretchRuns(planned, source);
+        QCOMPARE(named.size(), 1U);
+        QCOMPARE(named.front().arguments.count(u"0:3"_s), 40);
     }
 
     void givesThePicturesOfThePlainPasses_data()

@@ -60,6 +60,13 @@ private Q_SLOTS:
         write(source, Keys::v_fields, 0, localised(u"PFF"_s, fieldsTable));
         QCOMPARE(thumbnailFilter(source, {64, 48}), u"scale=64:48,setsar=1/1"_s);
 
+        // Of several streams the one of the record is named, in every attempt.
+        write(source, Keys::w_videos, 2);
+        write(source, Keys::v_id, 0, 1);
+        for (QStringList named = exactPass(source, 62.5, filter, pass.last()); !named.isEmpty();
+             named = nextAttempt(named))
+            QVERIFY(named.join(u' ').contains(u" -map 0:1 -t 12 "_s));
+
         ThumbnailPlan plan;
         plan.size = {64, 48};
         plan.timecodes = QStringList{u"0:00:01.00"_s, u"0:00:02.00"_s};
