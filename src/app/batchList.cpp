@@ -99,6 +99,7 @@ void BatchList::setChoices(int index, int layout, int format)
 void BatchList::setRecord(int index, const SourceDico &record)
 {
     write(m_rows[index], RowKeys::dico, record);
+    write(m_rows[index], RowKeys::src, rowCaption(record));
     Q_EMIT rowChanged(index);
 }
 

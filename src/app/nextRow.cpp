@@ -20,7 +20,7 @@ bool NextRow::begin(const Plan &plan)
     m_source = readStr(plan.source, Keys::srcPathStr);
     m_pictures = std::move(pictures);
     logLine(u"th ahead            : %@", m_source);
-    m_pictures->start(sheet.ffmpegPasses, plan.source);
+    m_pictures->start(sheet.ffmpegPasses, plan.source, PassExecutor::Effort::vanguard);
     return true;
 }
 

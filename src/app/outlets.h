@@ -42,6 +42,9 @@ struct SheetOutcome {
     /// Seconds between two pictures as planned, and as asked for (0: not).
     double interval = 0;
     int intervalAsked = 0;
+    /// Whole seconds, where the header stated far more than the source holds; else 0.
+    int statedDuration = 0;
+    int measuredDuration = 0;
     /// Wall-clock seconds spent on the row.
     double seconds = 0;
 };

@@ -40,6 +40,9 @@ std::chrono::milliseconds timeOf(const FastRun &run)
                                                    std::max<size_t>(1, run.pictures.size()));
 }
 
+/// One picture may be missing for a reason of its own.
+constexpr int vanguardSize = 2;
+
 } // namespace
 
 PassExecutor::PassExecutor(QObject *parent)
@@ -68,7 +71,7 @@ QString PassExecutor::picturePath(int picture) const
     return m_passes.at(picture).constLast();
 }
 
-void PassExecutor::start(const PassMap &passes, const SourceDico &source)
+void PassExecutor::start(const PassMap &passes, const SourceDico &source, Effort effort)
 {
     if (m_isRunning)
         return;
@@ -76,6 +79,10 @@ void PassExecutor::start(const PassMap &passes, const SourceDico &source)
     m_isSuspended = false;
     m_passes = passes;
     m_source = source;
+    m_effort = effort;
+    m_areStretchesTried = false;
+    m_exhausted = 0;
+    m_leftOut.clear();
     m_missing.clear();
     m_landed.clear();
     m_retried.clear();
@@ -132,16 +139,41 @@ bool PassExecutor::canLaunchNext() const
     return m_running.empty() || (!m_waiting.front().isAlone && !m_running.front().job.isAlone);
 }
 
+bool PassExecutor::isInVain() const
+{
+    const size_t first = m_passes.empty() ? 0 : m_landed.count(m_passes.cbegin()->first);
+    return m_landed.size() == first && first < m_passes.size();
+}
+
+/// Passes that decode a stretch together; those are no longer missing. False when there are none.
+bool PassExecutor::enqueueStretches()
+{
+    if (std::exchange(m_areStretchesTried, true))
+        return false;
+    const std::vector<FastRun> runs = stretchRuns(m_missing, m_source, m_runUps);
+    for (const FastRun &run : runs) {
+        for (const int picture : run.pictures)
+            m_missing.erase(picture);
+        m_waiting.push_back({Form::stretch, run});
+    }
+    return !runs.empty();
+}
+
 void PassExecutor::takeUpMissing()
 {
-    PassMap plain = std::exchange(m_missing, {});
-    for (FastRun &run : stretchRuns(plain, m_source, m_runUps)) {
-        for (const int picture : run.pictures)
-            plain.erase(picture);
-        m_waiting.push_back({Form::stretch, std::move(run)});
+    if (enqueueStretches() && isVanguardOut())
+        return;
+    if (isVanguardOut() && m_exhausted >= vanguardSize) {
+        logLine(u"th in vain          :-( %ld passes given up", m_missing.size());
+        m_leftOut = std::exchange(m_missing, {});
     }
-    for (const auto &[picture, pass] : plain)
-        enqueuePlain(picture, pass);
+    size_t count = m_missing.size();
+    if (isVanguardOut())
+        count = std::min(count, size_t(vanguardSize));
+    for (; count > 0; --count) {
+        const auto pass = m_missing.extract(m_missing.begin());
+        enqueuePlain(pass.key(), pass.mapped());
+    }
 }
 
 void PassExecutor::launch(Job job)
@@ -258,6 +290,8 @@ void PassExecutor::settlePicture(const Job &job, int picture, RunFault fault)
     QFile::remove(picturePath(picture));
     if (job.form == Form::intra) {
         m_missing.emplace(picture, m_passes.at(picture));
+    } else if (job.form == Form::stretch && isVanguardOut()) {
+        m_missing.emplace(picture, m_passes.at(picture));
     } else if (job.form == Form::stretch) {
         enqueuePlain(picture, m_passes.at(picture));
     } else if (fault == RunFault::neededMemory && !job.isAlone && m_processes > 1) {
@@ -270,6 +304,7 @@ void PassExecutor::settlePicture(const Job &job, int picture, RunFault fault)
         enqueuePlain(picture, next);
     } else {
         noteFault(fault);
+        ++m_exhausted;
     }
 }
 

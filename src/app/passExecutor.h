@@ -30,9 +30,19 @@ public:
     explicit PassExecutor(QObject *parent = nullptr);
     ~PassExecutor() override;
 
+    /// What is done where hardly a picture can be had.
+    enum class Effort {
+        /// Every pass is tried to the end.
+        everything,
+        /// Two missing pictures are tried to the end before the others. When they cannot be had
+        /// either, and nothing but the first picture is there, the rest is given up: what the
+        /// passes look for is behind the end of the source.
+        vanguard
+    };
+
     /// Starts the passes of a source, none of which has left its picture yet. Does nothing
     /// while it runs.
-    void start(const PassMap &passes, const SourceDico &source);
+    void start(const PassMap &passes, const SourceDico &source, Effort effort = Effort::everything);
 
     bool isRunning() const { return m_isRunning; }
     /// Why pictures of the last start() could not be taken, where a run has ended for a reason
@@ -40,6 +50,8 @@ public:
     RunFault fault() const { return m_fault; }
     /// The last start() took longer than SourceBudget has for its pictures, and was given up.
     bool isLate() const { return m_isLate; }
+    /// The passes that the last start() has given up.
+    const PassMap &leftOut() const { return m_leftOut; }
     void suspend();
     void resume();
     /// Kills what runs and gives up what waits; finished() follows.
@@ -88,6 +100,11 @@ private:
     void noteFault(RunFault fault);
     bool canLaunchNext() const;
     void takeUpMissing();
+    bool enqueueStretches();
+    /// Pictures are missing and none is there but the first, whose instant hardly depends on
+    /// the duration of the source.
+    bool isInVain() const;
+    bool isVanguardOut() const { return m_effort == Effort::vanguard && isInVain(); }
     void countLanded();
     void end();
     QString picturePath(int picture) const;
@@ -98,6 +115,11 @@ private:
     bool m_isRunning = false;
     bool m_isSuspended = false;
     bool m_isGivenUp = false;
+    Effort m_effort = Effort::everything;
+    bool m_areStretchesTried = false;
+    /// Pictures of which every attempt has failed.
+    int m_exhausted = 0;
+    PassMap m_leftOut;
     BackgroundRun<IntraPlan> m_planning;
     std::deque<Job> m_waiting;
     std::vector<Running> m_running;

@@ -22,7 +22,7 @@ RowPictures::~RowPictures()
     m_executor.terminate();
 }
 
-void RowPictures::start(const Dico &passes, const SourceDico &source)
+void RowPictures::start(const Dico &passes, const SourceDico &source, PassExecutor::Effort effort)
 {
     if (m_isRunning)
         return;
@@ -32,7 +32,15 @@ void RowPictures::start(const Dico &passes, const SourceDico &source)
     PassMap numbered;
     for (auto pass = passes.cbegin(); pass != passes.cend(); ++pass)
         numbered.emplace(pass.key().toInt(), pass->toStringList());
-    m_executor.start(numbered, source);
+    m_executor.start(numbered, source, effort);
+}
+
+Dico RowPictures::leftOut() const
+{
+    Dico passes;
+    for (const auto &[number, pass] : m_executor.leftOut())
+        passes.insert(QString::number(number), pass);
+    return passes;
 }
 
 } // namespace vignar

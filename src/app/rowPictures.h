@@ -21,9 +21,13 @@ public:
     QString folder() const { return m_folder.path(); }
 
     /// Starts passes (index text to argument list) of a source. Does nothing while it runs.
-    void start(const Dico &passes, const SourceDico &source);
+    void start(const Dico &passes, const SourceDico &source,
+               PassExecutor::Effort effort = PassExecutor::Effort::everything);
     /// Those of the last start().
     const Dico &passes() const { return m_passes; }
+
+    /// Those that it gave up.
+    Dico leftOut() const;
 
     /// From start() until finished().
     bool isRunning() const { return m_isRunning; }

@@ -157,6 +157,7 @@ void SheetDriver::requestStop()
     m_isPausedByIntake = false;
     m_next.release();
     m_blankCheck.cancel();
+    m_measuring.cancel();
     m_production.cancel();
     if (m_pictures)
         m_pictures->terminate();
@@ -233,6 +234,7 @@ void SheetDriver::startRow(int index)
     m_row = index;
     m_outcome = SheetOutcome{.source = source};
     m_isSheetKept = false;
+    m_isDurationMeasured = false;
     m_clock.start();
     m_batch.setResultat(index, Puces::puceCurrent);
     prefWrite(RunKeys::encCurrentProcessingFile, source);

@@ -98,6 +98,10 @@ private:
     void readChoices();
     void settleLastPass();
     StepEnd runAllPasses();
+    bool isDurationDoubtful() const;
+    void measureDuration();
+    void useMeasured(std::optional<double> seconds);
+    Result<void> planMeasured(double seconds);
     void passesEnded();
     void showLanded(int pictures);
     void showStep(int pictures);
@@ -150,6 +154,8 @@ private:
     ThumbnailPlan m_plan;
     BlankRetakes m_retakes;
     bool m_areBlanksSettled = false;
+    /// Once a row, whatever comes of it.
+    bool m_isDurationMeasured = false;
     QString m_lastPassKey;
     QStringList m_lastPass;
     /// Since its turn came, and since there was nothing more to ask.
@@ -159,6 +165,7 @@ private:
     // Last, so that their threads have ended before anything else goes.
     BackgroundRun<BlankCheck> m_blankCheck;
     BackgroundRun<SheetProduct> m_production;
+    BackgroundRun<std::optional<double>> m_measuring;
 };
 
 } // namespace vignar

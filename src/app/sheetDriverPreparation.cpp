@@ -2,12 +2,15 @@
 
 #include "app/batchList.h"
 #include "app/destinationChecks.h"
+#include "app/measuredDuration.h"
 #include "app/sheetDisplay.h"
 #include "classShared/format.h"
+#include "classShared/lineLog.h"
 #include "settings/logFiles.h"
 #include "settings/preferences.h"
 #include "settings/stringTables.h"
 #include "sheet/ownMark.h"
+#include "sheet/plannedSource.h"
 #include "tasks/toolPlaces.h"
 
 #include <QFileInfo>
@@ -196,6 +199,32 @@ StepEnd SheetDriver::planAgain()
     if (const Result<void> planned = usePlan(plannedSheet()); !planned)
         return failRow(planned.reason(), SheetOutcome::Status::failed);
     return StepEnd::again;
+}
+
+/// The pictures are begun afresh in a folder of their own: other instants have the same names.
+Result<void> SheetDriver::planMeasured(double seconds)
+{
+    auto folder = ExtractionFolder::make();
+    if (!folder)
+        return Failure{folder.reason()};
+    const SourceDico before = workingRecord();
+    const SourceDico record = withDuration(before, seconds);
+    m_outcome->statedDuration = plannedSeconds(before);
+    m_outcome->measuredDuration = plannedSeconds(record);
+    logLine(u"w_duration          :-( %ld s stated, %ld s measured", m_outcome->statedDuration,
+            m_outcome->measuredDuration);
+    m_pictures = std::make_unique<RowPictures>(std::move(*folder));
+    m_batch.setRecord(
+        m_row, withDuration(read(m_batch.row(m_row), RowKeys::dico).value_or(Dico()), seconds));
+    prefDeleteChildDico0(RunKeys::processEncDico, Keys::appvgThFf);
+    prefDeleteChildDico0(RunKeys::processEncDico, Keys::appvgDisplay);
+    if (!contains(record, Keys::intraFailure))
+        prefDeleteChildDico0(RunKeys::processEncDico, Keys::intraFailure);
+    prefWriteChildDico(RunKeys::processEncDico, Keys::w_duration,
+                       read(record, Keys::w_duration).value_or(1));
+    prefWriteChildDico(RunKeys::processEncDico, Keys::purgePathStr1, m_pictures->folder());
+    prefWriteChildDico(RunKeys::processEncDico, Keys::encV, 1);
+    return {};
 }
 
 void SheetDriver::beginNextRow()

@@ -1,6 +1,7 @@
 #include "app/sheetDriver.h"
 
 #include "app/batchList.h"
+#include "app/measuredDuration.h"
 #include "app/progressReporter.h"
 #include "app/sheetDisplay.h"
 #include "classShared/lineLog.h"
@@ -23,6 +24,14 @@ namespace vignar
 
 using namespace Qt::StringLiterals;
 
+namespace
+{
+
+/// The number of the last pass that is tried before a duration is doubted.
+constexpr int plainVanguard = 2;
+
+} // namespace
+
 StepEnd SheetDriver::runGrabberPass()
 {
     const Dico passes = read(workingRecord(), Keys::appvgThQt).value_or(Dico());
@@ -42,6 +51,11 @@ StepEnd SheetDriver::runFfmpegPass()
     const auto lowest = std::min_element(
         passes.keyBegin(), passes.keyEnd(),
         [](const QString &one, const QString &other) { return one.toInt() < other.toInt(); });
+    // The first passes are enough to tell that the others look behind the end as well.
+    if (lowest->toInt() > plainVanguard && isDurationDoubtful()) {
+        measureDuration();
+        return StepEnd::running;
+    }
     m_lastPassKey = *lowest;
     m_lastPass = passes.take(m_lastPassKey).toStringList();
     if (passes.isEmpty()) {
@@ -72,7 +86,10 @@ StepEnd SheetDriver::runAllPasses()
     connect(m_pictures.get(), &RowPictures::finished, this, &SheetDriver::passesEnded,
             Qt::UniqueConnection);
     if (!std::exchange(m_isBegunAhead, false))
-        m_pictures->start(passes, workingRecord());
+        m_pictures->start(passes, workingRecord(),
+                          m_isDurationMeasured || m_retakes.isUnderWay()
+                              ? PassExecutor::Effort::everything
+                              : PassExecutor::Effort::vanguard);
     showStep(m_pictures->landedPictures());
     if (!m_pictures->isRunning())
         passesEnded();
@@ -138,9 +155,46 @@ void SheetDriver::startRun(const RunRequest &request)
         again(u"encProcesses"_s);
 }
 
+bool SheetDriver::isDurationDoubtful() const
+{
+    if (m_isDurationMeasured || m_retakes.isUnderWay() || usesMovieGrabber(workingRecord()))
+        return false;
+    // The instant of the first hardly depends on the duration.
+    const QStringList pictures = extractedPictures(m_pictures->folder());
+    const bool isFirstThere = !pictures.isEmpty() && thumbnailIndex(pictures.constFirst()) == 0;
+    return pictures.size() == (isFirstThere ? 1 : 0) && pictures.size() < m_plan.count;
+}
+
+void SheetDriver::measureDuration()
+{
+    m_isDurationMeasured = true;
+    m_measuring.start(
+        this, [source = workingRecord()] { return measuredDuration(source); },
+        [this](std::optional<double> seconds) { useMeasured(seconds); });
+}
+
+void SheetDriver::useMeasured(std::optional<double> seconds)
+{
+    again(u"encProcesses"_s);
+    if (m_taskStopInt == 1)
+        return;
+    if (isOverstated(workingRecord(), seconds)) {
+        if (const Result<void> planned = planMeasured(*seconds); !planned)
+            failRow(planned.reason(), SheetOutcome::Status::failed);
+        return;
+    }
+    // The duration is right: the rest of the passes may find what the first did not.
+    if (const Dico passes = m_pictures->leftOut(); !passes.isEmpty())
+        prefWriteChildDico(RunKeys::processEncDico, Keys::appvgThFf, passes);
+}
+
 StepEnd SheetDriver::compose()
 {
     const SourceDico source = planningInput(workingRecord(), m_choices.layout);
+    if (isDurationDoubtful()) {
+        measureDuration();
+        return StepEnd::running;
+    }
     if (!m_areBlanksSettled && prefValue(Prefs::prefAvoidBlank) && !usesMovieGrabber(source)) {
         m_blankCheck.start(
             this, [retakes = m_retakes, source] { return checkBlanks(retakes, source); },

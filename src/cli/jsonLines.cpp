@@ -57,6 +57,8 @@ QString sheetLine(const SheetOutcome &outcome, const QString &status)
                        {u"intervalAsked"_s, orNull(outcome.intervalAsked)},
                        {u"seconds"_s, outcome.seconds},
                        {u"notes"_s, QJsonArray::fromStringList(outcome.notes)}};
+    if (outcome.measuredDuration > 0)
+        object.insert(u"measuredDuration"_s, outcome.measuredDuration);
     // Only where they were asked for.
     if (!outcome.sprite.isEmpty()) {
         object.insert(u"sprite"_s, outcome.sprite);

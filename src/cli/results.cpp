@@ -1,5 +1,6 @@
 #include "cli/results.h"
 
+#include "app/measuredDuration.h"
 #include "app/rowChoices.h"
 #include "classShared/format.h"
 #include "cli/recordText.h"
@@ -99,6 +100,8 @@ void Results::tell(const SheetOutcome &outcome)
 {
     using Status = SheetOutcome::Status;
     const QString &source = outcome.source;
+    if (const QString measured = durationNote(outcome); !measured.isNull())
+        note(source, measured);
     if (outcome.status == Status::kept)
         note(source, outcome.reason);
     else if (outcome.status != Status::made)

@@ -62,6 +62,8 @@ void visitOutcome(Outcome &outcome, Visitor visit)
     visit("missing", outcome.missing);
     visit("interval", outcome.interval);
     visit("intervalAsked", outcome.intervalAsked);
+    visit("statedDuration", outcome.statedDuration);
+    visit("measuredDuration", outcome.measuredDuration);
     visit("seconds", outcome.seconds);
 }
 

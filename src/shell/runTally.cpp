@@ -1,5 +1,6 @@
 #include "shell/runTally.h"
 
+#include "app/measuredDuration.h"
 #include "classShared/format.h"
 #include "settings/stringTables.h"
 
@@ -27,6 +28,8 @@ QString reasonText(const SheetOutcome &outcome)
     if (outcome.status != SheetOutcome::Status::made)
         return outcome.reason;
     QStringList reasons;
+    if (const QString measured = durationNote(outcome); !measured.isNull())
+        reasons << measured;
     if (outcome.missing > 0)
         reasons << filled(localised(u"V_reason_missingThumbnails"_s), outcome.missing,
                           outcome.missing + outcome.thumbnails);
