@@ -139,7 +139,6 @@ Result<SourceDico> SourceAnalysis::analyse()
         return Failure{localised(u"V_reason_asx"_s)};
     readMpeg();
     readFfmpegReport();
-    settlePictureStream();
     judgeReport();
     if (!m_input.fields.isEmpty())
         write(m_dicos.ff, Keys::v_fields, 0, m_input.fields);
@@ -194,6 +193,7 @@ void SourceAnalysis::readFfmpegReport()
     if (!infos || infos->isEmpty())
         return;
     m_dicos.ff = *infos;
+    settlePictureStream();
     // Such a bit rate is that of a field in the stream, not of the file.
     m_isDurationGuessed = withoutMetadata(m_report).contains(u"Estimating duration from bitrate");
     if (m_isDurationGuessed)
@@ -209,7 +209,7 @@ void SourceAnalysis::settlePictureStream()
 {
     if (!contains(m_dicos.ff, Keys::w_videos))
         return;
-    const QList<int> streams = videoStreams(withoutSourcePath(m_input.report, m_input.srcPath));
+    const QList<int> streams = videoStreams(m_report);
     if (!streams.isEmpty())
         putFirst(streams.constFirst(), m_dicos.ff);
     // The MPEG reader describes the stream whose header it meets first, whichever that is.
