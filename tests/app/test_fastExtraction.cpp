@@ -124,7 +124,8 @@ private Q_SLOTS:
         write(source, Keys::v_id, 0, 3);
         planned = passes(source, 100, 20, u"x"_s);
         std::vector<FastRun> named = intraPlan(planned, source, 2).runs;
-        QCOMPARE(named.size(), 2U);
+        QVERIFY(
+            std::ranges::any_of(named, [](const FastRun &run) { return run.pictures.size() > 1; }));
         for (const FastRun &run : named) {
             for (qsizetype input = 0; input < qsizetype(run.pictures.size()); ++input)
                 QVERIFY(run.arguments.contains(u"%1:3"_s.arg(input)));
