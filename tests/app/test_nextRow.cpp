@@ -1,18 +1,26 @@
 #include "app/appDelegate.h"
 #include "app/sheetProduction.h"
+#include "settings/alerts.h"
 #include "settings/preferenceStore.h"
 #include "settings/preferences.h"
 #include "sheet/ownMark.h"
 #include "support/folderListing.h"
+#include "support/logLines.h"
 #include "support/makeClip.h"
 #include "support/recordingOutlets.h"
+#include "tasks/testPlaces.h"
 #include "tasks/workFolder.h"
 
+#include <QDeadlineTimer>
 #include <QFile>
 #include <QImage>
+#include <QScopeGuard>
+#include <QSemaphore>
 #include <QSignalSpy>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThread>
 
 using namespace vignar;
 using namespace Qt::StringLiterals;
@@ -35,6 +43,13 @@ void overwrite(const QString &path, const QByteArray &bytes)
     QCOMPARE(file.write(bytes), bytes.size());
 }
 
+/// Says "Replace" to every question.
+class Replacer : public AlertPresenter
+{
+public:
+    AlertAnswer present(const AlertRequest &) override { return {AlertButton::second, false}; }
+};
+
 } // namespace
 
 class TestNextRow : public QObject
@@ -44,13 +59,16 @@ class TestNextRow : public QObject
 private Q_SLOTS:
     void initTestCase();
     void init();
+    void cleanup() { setAlertPresenter({}); }
 
     void sheetsAreThoseOfRowsMadeOneByOne();
     void whatIsFoundOtherwiseIsBegunAfresh_data();
     void whatIsFoundOtherwiseIsBegunAfresh();
     void drawnSheetIsNotWrittenAfterAStop_data();
     void drawnSheetIsNotWrittenAfterAStop();
-    void stopWhileComposingLeavesOneSheetWhole();
+    void stopWhileComposing_data();
+    void stopWhileComposing();
+    void lateStopGivesUpTheRowAhead();
     void pauseHoldsWhatRunsAhead();
     void programMayEndAtAnyTime();
 
@@ -200,39 +218,93 @@ void TestNextRow::drawnSheetIsNotWrittenAfterAStop()
     QVERIFY(content(sheet) != "the old sheet");
 }
 
-void TestNextRow::stopWhileComposingLeavesOneSheetWhole()
+void TestNextRow::stopWhileComposing_data()
 {
-    // Takes so long to draw and to encode that the stop mostly comes in time.
-    prefWrite(Prefs::prefComputerWidthAuto, 0);
-    prefWrite(Prefs::prefComputerWidth, 9000);
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<bool>("isMade");
+    QTest::newRow("before it is drawn") << u"rgba average txt"_s << false;
+    QTest::newRow("once it is written") << u"sheet               :-)"_s << true;
+}
+
+void TestNextRow::stopWhileComposing()
+{
+    QFETCH(QString, line);
+    QFETCH(bool, isMade);
+    // Nothing is begun ahead: the thread that composes is held while it logs, and with it
+    // everybody else who logs.
+    prefWrite(Prefs::prefPlainPasses, 1);
     const auto application = analysed({clip(u"a/clip.mp4"_s), clip(u"last.mp4"_s)});
-    prefWrite(RunKeys::replaceFilesCheck, 1);
+    setAlertPresenter(std::make_unique<Replacer>());
     const QString name = u"clip-index.jpg"_s;
-    // Enough to be replaced without a question.
-    const QByteArray old = webVttStart + QByteArray("Vignar 0");
-    overwrite(made(name), old);
-    QVERIFY(bearsOurMark(made(name)));
-    goAndMeanwhile(*application, [&] { application->iba_taskStopBt(RunnerKind::main); });
+    overwrite(made(name), "the old sheet");
+    QSemaphore reached;
+    QSemaphore released;
+    LogLines log;
+    log.watch = [&](const QString &each) {
+        if (each.startsWith(line)) {
+            reached.release();
+            released.acquire();
+        }
+    };
+    const auto release = qScopeGuard([&released] { released.release(100); });
+    QVERIFY(application->iba_batchGoBt());
+    QVERIFY(QTest::qWaitFor([&reached] { return reached.tryAcquire(); }, patience));
+    application->iba_taskStopBt(RunnerKind::main);
+    released.release(100);
+    QTRY_COMPARE_WITH_TIMEOUT(m_outlets->batchEnds, 1, patience);
     QCOMPARE(m_outlets->outcomes.size(), 1);
+    QCOMPARE(m_outlets->outcomes[0].status,
+             isMade ? SheetOutcome::Status::made : SheetOutcome::Status::stopped);
     QCOMPARE(filesUnder(m_destination->path()), QStringList{name});
-    const bool isStopped = m_outlets->outcomes[0].status == SheetOutcome::Status::stopped;
-    QVERIFY(isStopped || m_outlets->outcomes[0].status == SheetOutcome::Status::made);
-    QCOMPARE(content(made(name)) == old, isStopped);
+    QCOMPARE(content(made(name)) == "the old sheet", !isMade);
+    QCOMPARE(application->whichArrayController().resultat(1), QString(Puces::puce));
+}
+
+void TestNextRow::lateStopGivesUpTheRowAhead()
+{
+    const auto application = analysed({clip(u"a/clip.mp4"_s), clip(u"last.mp4"_s)});
+    const QString name = u"clip-index.jpg"_s;
+    goAndMeanwhile(*application, [&] {
+        // Without the event loop: the sheet is written, and nobody has heard of it yet.
+        const QDeadlineTimer deadline(patience);
+        while (!QFile::exists(made(name)) && !deadline.hasExpired())
+            QThread::msleep(1);
+        application->iba_taskStopBt(RunnerKind::main);
+    });
+    QCOMPARE(m_outlets->outcomes.size(), 1);
+    QCOMPARE(m_outlets->outcomes[0].status, SheetOutcome::Status::made);
+    QCOMPARE(filesUnder(m_destination->path()), QStringList{name});
+    QVERIFY(filesUnder(workFolder()).filter(u"/img"_s).isEmpty());
 }
 
 void TestNextRow::pauseHoldsWhatRunsAhead()
 {
+    // In ffmpeg's place; notes each of its runs that takes pictures.
+    const TestPlaces places;
+    const QString runs = places.folder.filePath(u"runs"_s);
+    QFile tool(places.file(u"support/ffmpeg"_s,
+                           filled(u"#!/bin/sh\ncase \"$*\" in */img[0-9]*) echo >>'%@' ;; esac\n"
+                                  "exec '%@' \"$@\"\n",
+                                  runs, QStandardPaths::findExecutable(u"ffmpeg"_s))
+                               .toLocal8Bit()));
+    QVERIFY(tool.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
     const auto application = analysed({clip(u"a/clip.mp4"_s), clip(u"last.mp4"_s)});
+    const QString sheet = made(u"clip-index.jpg"_s);
+    QByteArray ofFirst;
+    const auto record = [] { return prefStored(RunKeys::processEncDico).value_or(Dico()); };
     goAndMeanwhile(*application, [&] {
+        const QByteArray before = content(runs);
         application->iba_taskPauseBt(true);
         // The sheet that is composed is finished all the same; its row waits.
-        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(made(u"clip-index.jpg"_s)), patience);
-        const QStringList held = filesUnder(m_destination->path());
-        QTest::qWait(1500);
-        QCOMPARE(filesUnder(m_destination->path()), held);
+        QTRY_COMPARE_WITH_TIMEOUT(readStr(record(), Keys::dstPathStr), sheet, patience);
+        QCoreApplication::sendPostedEvents();
+        QVERIFY(contains(record(), Keys::encQtEnc));
         QVERIFY(m_outlets->outcomes.isEmpty());
+        QCOMPARE(content(runs), before);
+        ofFirst = before;
         application->iba_taskPauseBt(false);
     });
+    QVERIFY(!ofFirst.isEmpty() && content(runs).size() > ofFirst.size());
     QCOMPARE(filesUnder(m_destination->path()),
              (QStringList{u"clip-index.jpg"_s, u"last-index.jpg"_s}));
 }
