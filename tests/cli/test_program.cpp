@@ -28,6 +28,7 @@ private Q_SLOTS:
     void planIsWhatIsExtracted();
     void analysePrintsTheRecord();
     void interruptLeavesNothing();
+    void vanishedRowIsToldAsItWasAsked();
     void wrongArgumentsAndMissingDestination();
     void tellsWhatCannotBeMadeBeforeItIsBegun_data();
     void tellsWhatCannotBeMadeBeforeItIsBegun();
@@ -36,6 +37,9 @@ private Q_SLOTS:
     void lostResultsAreAFailure();
 
 private:
+    /// With one key picture: takes a while by plain passes, each of which decodes it.
+    QString longClip() const;
+
     QTemporaryDir m_clips;
     std::unique_ptr<QTemporaryDir> m_out;
     QString m_clip;
@@ -122,15 +126,28 @@ void TestProgram::analysePrintsTheRecord()
     QVERIFY(!record.contains(u"intraFailure"_s));
 }
 
+QString TestProgram::longClip() const
+{
+    const QString clip = QDir(m_clips.path()).filePath(u"../long.mp4"_s);
+    const QStringList arguments{u"-loglevel"_s,
+                                u"error"_s,
+                                u"-y"_s,
+                                u"-f"_s,
+                                u"lavfi"_s,
+                                u"-i"_s,
+                                u"testsrc2=s=640x360:r=25:d=60"_s,
+                                u"-preset"_s,
+                                u"ultrafast"_s,
+                                u"-g"_s,
+                                u"9999"_s,
+                                clip};
+    const bool isMade = QFile::exists(clip) || QProcess::execute(u"ffmpeg"_s, arguments) == 0;
+    return isMade ? clip : QString();
+}
+
 void TestProgram::interruptLeavesNothing()
 {
-    // A clip with one key picture takes a while by plain passes, each of which decodes it.
-    const QString clip = QDir(m_clips.path()).filePath(u"../long.mp4"_s);
-    QCOMPARE(
-        QProcess::execute(u"ffmpeg"_s, {u"-loglevel"_s, u"error"_s, u"-y"_s, u"-f"_s, u"lavfi"_s,
-                                        u"-i"_s, u"testsrc2=s=640x360:r=25:d=60"_s, u"-preset"_s,
-                                        u"ultrafast"_s, u"-g"_s, u"9999"_s, clip}),
-        0);
+    const QString clip = longClip();
     QProcess process;
     process.start(QStringLiteral(VIGNAR_CLI), {u"sheet"_s, u"-o"_s, m_out->path(), u"-l"_s,
                                                u"min"_s, u"--set"_s, u"prefPlainPasses=1"_s, clip});
@@ -139,6 +156,32 @@ void TestProgram::interruptLeavesNothing()
     QCOMPARE(::kill(pid_t(process.processId()), SIGINT), 0);
     QCOMPARE(finished(process).status, 130);
     QVERIFY(filesUnder(m_out->path()).isEmpty());
+}
+
+void TestProgram::vanishedRowIsToldAsItWasAsked()
+{
+    const QString gone = m_out->filePath(u"gone.mp4"_s);
+    QVERIFY(QFile::copy(m_clip, gone));
+    QProcess process;
+    process.start(QStringLiteral(VIGNAR_CLI),
+                  {u"sheet"_s, u"--json"_s, u"--jobs"_s, u"1"_s, u"-o"_s, m_out->path(), u"-l"_s,
+                   u"big"_s, u"-f"_s, u"pdf"_s, u"--set"_s, u"prefPlainPasses=1"_s, longClip(),
+                   gone});
+    // By the time of the first picture both sources have become rows.
+    QTRY_VERIFY_WITH_TIMEOUT(!filesUnder(QDir::tempPath()).filter(u"img00.jpg"_s).isEmpty(),
+                             patience);
+    QVERIFY(QFile::remove(gone));
+    const ProgramRun run = finished(process);
+    QCOMPARE(run.status, 1);
+    QCOMPARE(run.lines.size(), 2);
+    QCOMPARE(run.lines[0][u"status"_s], u"made"_s);
+    QCOMPARE(run.lines[1][u"source"_s], gone);
+    QCOMPARE(run.lines[1][u"status"_s], u"failed"_s);
+    QCOMPARE(run.errors.count(gone + u": "_s), 1);
+    for (const QJsonObject &line : run.lines) {
+        QCOMPARE(line[u"layout"_s], u"big"_s);
+        QCOMPARE(line[u"format"_s], u"pdf"_s);
+    }
 }
 
 void TestProgram::wrongArgumentsAndMissingDestination()
