@@ -1,5 +1,7 @@
 #include "classShared/lineLog.h"
 
+#include "classShared/printable.h"
+
 #include <QByteArray>
 
 #include <atomic>
@@ -63,8 +65,10 @@ void setDebug(bool isOn)
     theLog().isDetailed.store(isOn, std::memory_order_relaxed);
 }
 
-void writeLogLine(const QString &line)
+void writeLogLine(const QString &text)
 {
+    // Logs are read on terminals, and they quote file names and the reports of tools.
+    const QString line = printableLines(text);
     // A sink that logs a trouble of its own would otherwise wait for itself for ever.
     thread_local bool isInSink = false;
     if (isInSink) {

@@ -1,6 +1,7 @@
 #include "cli/jsonLines.h"
 
 #include "app/storedRecord.h"
+#include "classShared/printable.h"
 #include "cli/commandLine.h"
 
 #include <QJsonArray>
@@ -15,9 +16,24 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
+/// Writes what a terminal might obey as JSON escapes: the values stay exact.
 QString line(const QJsonObject &object)
 {
-    return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact));
+    const QString json = QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact));
+    if (printable(json) == json)
+        return json;
+    QString escaped;
+    const QList<uint> characters = json.toUcs4();
+    for (const uint each : characters) {
+        const QString character = QString::fromUcs4(reinterpret_cast<const char32_t *>(&each), 1);
+        if (printable(character) == character) {
+            escaped += character;
+            continue;
+        }
+        for (const QChar unit : character)
+            escaped += u"\\u%1"_s.arg(unit.unicode(), 4, 16, QChar(u'0'));
+    }
+    return escaped;
 }
 
 QJsonValue orNull(const QString &text)

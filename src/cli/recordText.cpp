@@ -2,8 +2,8 @@
 
 #include "classShared/durations.h"
 #include "classShared/format.h"
+#include "classShared/printable.h"
 #include "cli/commandLine.h"
-#include "cli/terminal.h"
 
 #include <QRegularExpression>
 

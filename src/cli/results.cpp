@@ -3,6 +3,7 @@
 #include "app/measuredDuration.h"
 #include "app/rowChoices.h"
 #include "classShared/format.h"
+#include "classShared/printable.h"
 #include "cli/recordText.h"
 #include "cli/terminal.h"
 #include "settings/stringTables.h"
@@ -83,7 +84,7 @@ void Results::finished(size_t position, const SheetOutcome &outcome)
     if (m_screen.line().isJson)
         settle(position, sheetJson(outcome));
     else
-        settle(position, outcome.sheet.isEmpty() ? QString() : outcome.sheet);
+        settle(position, outcome.sheet.isEmpty() ? QString() : onOneLine(outcome.sheet));
 }
 
 void Results::printed(size_t position, const QString &text)

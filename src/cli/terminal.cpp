@@ -1,5 +1,7 @@
 #include "cli/terminal.h"
 
+#include "classShared/printable.h"
+
 #include <cerrno>
 #include <cstring>
 
@@ -33,20 +35,10 @@ bool writeTo(FILE *stream, const QString &text)
 
 } // namespace
 
-QString printable(const QString &text)
+Result<void> printResult(const QString &lines)
 {
-    QString clean = text;
-    for (QChar &character : clean) {
-        if (character.category() == QChar::Other_Control ||
-            character.category() == QChar::Other_Format)
-            character = u'?';
-    }
-    return clean;
-}
-
-Result<void> printResult(const QString &line)
-{
-    if (writeTo(stdout, line + u'\n'))
+    const QString shown = isatty(STDOUT_FILENO) ? printableLines(lines) : lines;
+    if (writeTo(stdout, shown + u'\n'))
         return {};
     return Failure{QString::fromLocal8Bit(std::strerror(errno))};
 }

@@ -9,13 +9,9 @@
 namespace vignar
 {
 
-/// The text with its control characters shown as "?": a file name must not speak to the
-/// terminal.
-QString printable(const QString &text);
-
-/// Writes a line of results to standard output, flushed; the system's words where that
-/// fails.
-Result<void> printResult(const QString &line);
+/// Writes lines of results to standard output, flushed and, where that is a terminal, printable;
+/// the system's words where that fails.
+Result<void> printResult(const QString &lines);
 
 /// Puts something in the place of standard streams that are closed, so that no file that is
 /// opened later takes their numbers and what is meant for them. Writing still fails.

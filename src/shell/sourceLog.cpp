@@ -1,6 +1,7 @@
 #include "shell/sourceLog.h"
 
 #include "classShared/format.h"
+#include "classShared/printable.h"
 #include "settings/logFiles.h"
 #include "settings/stringTables.h"
 
@@ -76,7 +77,10 @@ QStringList linesOfSource(const QString &log, const QString &source, const QStri
 
 void showSourceLog(const QString &source, const QStringList &others, QWidget *parent)
 {
-    const QStringList lines = linesOfSource(endOfLog(), source, others);
+    QStringList otherNames;
+    for (const QString &other : others)
+        otherNames.append(printableLines(other));
+    const QStringList lines = linesOfSource(endOfLog(), printableLines(source), otherNames);
     auto *window = new QDialog(parent);
     window->setAttribute(Qt::WA_DeleteOnClose);
     window->setWindowTitle(filled(localised(u"V_log_title"_s), QFileInfo(source).fileName()));

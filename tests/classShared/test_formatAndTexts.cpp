@@ -2,6 +2,7 @@
 #include "classShared/format.h"
 #include "classShared/htmlText.h"
 #include "classShared/lineLog.h"
+#include "classShared/printable.h"
 
 #include <QTest>
 
@@ -91,6 +92,20 @@ private Q_SLOTS:
         setDebug(false);
         QVERIFY(setLogSink({}));
         QCOMPARE(lines, (QStringList{u"first: %d"_s, u"detail"_s}));
+    }
+
+    void namesDoNotSpeakToTheTerminal()
+    {
+        const QString name =
+            u"a\x1b[2Jb\tc\nd\r\u202e\u009b\u2028\U000e0041 été 🎬"_s + QChar(0xdc80);
+        QCOMPARE(printable(name), u"a?[2Jb?c?d????? été 🎬\ufffd"_s);
+        QCOMPARE(printableLines(name), u"a?[2Jb\tc\nd????? été 🎬\ufffd"_s);
+        QCOMPARE(onOneLine(u"a\nb\r"_s), u"a␊b␍"_s);
+        QString logged;
+        const LogSink previous = setLogSink([&logged](const QString &line) { logged = line; });
+        logLine(u"%@", name);
+        setLogSink(previous);
+        QCOMPARE(logged, printableLines(name));
     }
 
     void linesOfThreadsStayWhole()

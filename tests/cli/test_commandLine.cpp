@@ -1,12 +1,14 @@
+#include "classShared/printable.h"
 #include "classShared/sourceDico.h"
 #include "cli/commandLine.h"
+#include "cli/jsonLines.h"
 #include "cli/recordText.h"
 #include "cli/sourceArguments.h"
-#include "cli/terminal.h"
 #include "settings/preferenceKeys.h"
 
 #include <QDir>
 #include <QFile>
+#include <QJsonDocument>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -23,7 +25,7 @@ private Q_SLOTS:
     void readsOptions();
     void cutsWhatNamesAreMadeOf();
     void expandsSources();
-    void namesDoNotSpeakToTheTerminal();
+    void jsonIsExactAndPrintable();
     void recordIsGroupedWithUnits();
 };
 
@@ -123,9 +125,13 @@ void TestCommandLine::expandsSources()
     QCOMPARE(refused, (QStringList{at(u"in/c.txt"_s), at(u"none"_s), at(u"gone.mp4"_s)}));
 }
 
-void TestCommandLine::namesDoNotSpeakToTheTerminal()
+void TestCommandLine::jsonIsExactAndPrintable()
 {
-    QCOMPARE(printable(u"a\x1b[2Jb\nc\u202E"_s), u"a?[2Jb?c?"_s);
+    const QString name = u"/v/\x1b[2J\n\u009b\u202e\U000e0041 été 🎬.mp4"_s;
+    const QString line = refusedAnalysisJson(name, u""_s);
+    QCOMPARE(printable(line), line);
+    QVERIFY(line.contains(u"été 🎬"_s));
+    QCOMPARE(QJsonDocument::fromJson(line.toUtf8())["source"_L1].toString(), name);
 }
 
 void TestCommandLine::recordIsGroupedWithUnits()
