@@ -157,6 +157,8 @@ void startLogs(StandardStreams streams)
         sendLinesTo(detailedLogPath());
     const QString folder = applicationPlaces().logFolder();
     QDir().mkpath(folder);
+    // The logs tell the names of all of the user's videos.
+    QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     if (lock.enter(folder) == LogFolderLock::Writers::onlyUs) {
         keepAsPrevious(summaryLogPath());
         keepAsPrevious(detailedLogPath());
@@ -164,6 +166,8 @@ void startLogs(StandardStreams streams)
     lock.join();
     createMissing(detailedLogPath(), true);
     summaryLogAppend({});
+    for (const QString &path : {detailedLogPath(), summaryLogPath()})
+        QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner);
     if (streams == StandardStreams::redirect)
         redirectStdoutToFile(detailedLogPath());
 }

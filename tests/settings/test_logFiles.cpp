@@ -54,7 +54,11 @@ private Q_SLOTS:
         for (const QString &kind : {u"desktop"_s, u"commandLine"_s}) {
             for (const QString &line : {u"oldest"_s, u"first"_s, u"second"_s})
                 Writer(kind, line).end();
+            const QString folder = applicationPlaces().logFolder();
+            constexpr auto others = QFile::Permissions(0x0077);
+            QVERIFY(!(QFile::permissions(folder) & others));
             for (const QString &name : {u"Details.log"_s, u"Resume.log"_s}) {
+                QVERIFY(!(QFile::permissions(folder + u'/' + name) & others));
                 QVERIFY(log(name).contains("second") && !log(name).contains("first"));
                 const QByteArray previous = log(u"Previous-"_s + name);
                 QVERIFY(previous.contains("first") && !previous.contains("oldest"));
