@@ -13,14 +13,12 @@
 #include <QFile>
 #include <QGuiApplication>
 #include <QJsonDocument>
-#include <QTemporaryDir>
 #include <QThread>
 
 #include <algorithm>
 #include <clocale>
 #include <csignal>
 #include <cstdio>
-#include <optional>
 
 using namespace vignar;
 using namespace Qt::StringLiterals;
@@ -45,7 +43,6 @@ void startOwnLogs(bool isVerbose)
 {
     setApplicationPlaces(makeLinuxPlaces(u"cli"_s));
     startLogs(StandardStreams::keep);
-    qInstallMessageHandler(logQtMessage);
     if (!isVerbose)
         return;
     setDebug(true);
@@ -58,28 +55,14 @@ void startOwnLogs(bool isVerbose)
 }
 
 /// Outside a desktop session the toolkit makes a runtime folder of its own among the
-/// temporary files and leaves it there. While this lives it is lent one that goes away.
-class RuntimeFolderStandIn
+/// temporary files and leaves it there. It is lent the work folder, which goes away, that of a
+/// run that was killed included.
+void lendRuntimeFolder()
 {
-public:
-    RuntimeFolderStandIn()
-    {
-        if (!qEnvironmentVariableIsEmpty(variable))
-            return;
-        m_folder.emplace();
-        qputenv(variable, QFile::encodeName(m_folder->path()));
-    }
-    ~RuntimeFolderStandIn()
-    {
-        if (m_folder)
-            qunsetenv(variable);
-    }
-    Q_DISABLE_COPY_MOVE(RuntimeFolderStandIn)
-
-private:
-    static constexpr const char *variable = "XDG_RUNTIME_DIR";
-    std::optional<QTemporaryDir> m_folder;
-};
+    constexpr const char *variable = "XDG_RUNTIME_DIR";
+    if (qEnvironmentVariableIsEmpty(variable))
+        qputenv(variable, QFile::encodeName(workFolder()));
+}
 
 /// The user's preferences and the run's own, in memory: nothing is written back, so that
 /// any number of command lines can run beside the desktop program.
@@ -122,31 +105,45 @@ int usualJobs()
     return std::max(1, QThread::idealThreadCount() / 2);
 }
 
-int runWorker(const CommandLine &line)
+/// A worker's folder goes with that of the process that has started it.
+bool enterWorkFolder(const CommandLine &line)
 {
-    // The folder goes with that of the process that has started us.
+    if (line.workerFolder.isEmpty())
+        return setUpWorkFolder(u"cli"_s);
     setWorkFolder(line.workerFolder);
-    return Worker(line).run();
+    return true;
 }
 
 int runCommand(const CommandLine &line, const QStringList &typed)
 {
-    startOwnLogs(line.isVerbose);
     setUpPreferences(line);
     if (!line.workerFolder.isEmpty())
-        return runWorker(line);
-    if (!setUpWorkFolder(u"cli"_s)) {
-        ProgressLine().print(u"vignar-cli: no folder for temporary files can be made"_s);
-        return someFailed;
-    }
+        return Worker(line).run();
     ProgressLine progress;
     for (const QString &note : line.notes)
         progress.print(u"vignar-cli: %1"_s.arg(note));
     setAlertPresenter(std::make_unique<TerminalAlerts>(progress));
     const int status = runSources(line, progress, {line.jobs.value_or(usualJobs()), typed});
     setAlertPresenter({});
-    removeWorkFolder();
     return status;
+}
+
+/// Drawing text needs a GUI application, but no screen; the user's arguments are ours alone to
+/// read.
+int runApplication(char *program, const CommandLine &line, const QStringList &typed)
+{
+    char platform[] = "-platform";
+    char offscreen[] = "offscreen";
+    char *ownArguments[] = {program, platform, offscreen, nullptr};
+    int ownCount = 3;
+    // What the toolkit has to say of the session that it finds goes to no user.
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
+    QGuiApplication application(ownCount, ownArguments);
+    std::setlocale(LC_NUMERIC, "C");
+    QGuiApplication::setApplicationName(u"vignar-cli"_s);
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    qInstallMessageHandler(logQtMessage);
+    return runCommand(line, typed);
 }
 
 } // namespace
@@ -168,21 +165,18 @@ int main(int argc, char **argv)
     if (!line->preferenceFile.isEmpty() && !holdsPreferences(line->preferenceFile))
         return complain(u"the preferences '%1' cannot be read"_s.arg(line->preferenceFile));
 
-    // Drawing text needs a GUI application, but no screen; the user's arguments are ours
-    // alone to read.
-    char platform[] = "-platform";
-    char offscreen[] = "offscreen";
-    char *ownArguments[] = {argv[0], platform, offscreen, nullptr};
-    int ownCount = 3;
-    // What the toolkit has to say of the session that it finds goes to no user.
-    qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
-    const RuntimeFolderStandIn runtimeFolder;
-    QGuiApplication application(ownCount, ownArguments);
-    std::setlocale(LC_NUMERIC, "C");
-    QGuiApplication::setApplicationName(u"vignar-cli"_s);
-    QGuiApplication::setQuitOnLastWindowClosed(false);
-
-    if (line->isHelp)
+    if (line->isHelp) {
+        QCoreApplication application(argc, argv);
+        QCoreApplication::setApplicationName(u"vignar-cli"_s);
         return answer(helpText().trimmed());
-    return runCommand(*line, typed);
+    }
+    startOwnLogs(line->isVerbose);
+    if (!enterWorkFolder(*line)) {
+        ProgressLine().print(u"vignar-cli: no folder for temporary files can be made"_s);
+        return someFailed;
+    }
+    lendRuntimeFolder();
+    const int status = runApplication(argv[0], *line, typed);
+    removeWorkFolder();
+    return status;
 }

@@ -58,10 +58,15 @@ QString inTemporaryFolder(const QString &name)
     return applicationPlaces().temporaryFolder() + u'/' + name;
 }
 
+QString userFolderPath()
+{
+    return inTemporaryFolder(bundleIdentifier + filled(u"-%u", ::geteuid()));
+}
+
 /// The folder that holds those of all of this user's runs; null when it is not his.
 QString userFolder()
 {
-    const QString path = inTemporaryFolder(bundleIdentifier + filled(u"-%u", ::geteuid()));
+    const QString path = userFolderPath();
     makePrivateFolder(path);
     const bool isOurs =
         isOwnFolder(path) && ::chmod(QFile::encodeName(path).constData(), S_IRWXU) == 0;
@@ -101,6 +106,20 @@ void removeDeadFolders(const QString &parent)
     }
 }
 
+/// Folders that took the place of the user's own for one run, and outlived it.
+void removeDeadUniqueFolders()
+{
+    const QStringList entries = QDir(applicationPlaces().temporaryFolder())
+                                    .entryList({bundleIdentifier + "-??????"_L1}, QDir::Dirs);
+    for (const QString &entry : entries) {
+        const QString folder = inTemporaryFolder(entry);
+        if (folder == userFolderPath() || !isOwnFolder(folder))
+            continue;
+        removeDeadFolders(folder);
+        QDir().rmdir(folder);
+    }
+}
+
 /// The lock comes first, so that no other process ever sees our folder without it.
 bool claimFolder(const QString &parent, const QString &name)
 {
@@ -127,6 +146,16 @@ bool claimFolderIn(const QString &parent, const QString &instance)
     return claimFolder(parent, instance + filled(u"-%08x", number));
 }
 
+bool claimUniqueFolder(const QString &instance)
+{
+    const QString folder = uniqueUserFolder();
+    if (claimFolderIn(folder, instance))
+        return true;
+    if (!folder.isNull())
+        QDir().rmdir(folder);
+    return false;
+}
+
 } // namespace
 
 QString workFolder()
@@ -142,11 +171,11 @@ void setWorkFolder(const QString &path)
 bool setUpWorkFolder(const QString &instance)
 {
     setWorkFolder({});
+    removeDeadUniqueFolders();
     // The second attempt is for a run that ended just now and took the user's folder, empty
     // for a moment, with it.
     const bool isMade = claimFolderIn(userFolder(), instance) ||
-                        claimFolderIn(userFolder(), instance) ||
-                        claimFolderIn(uniqueUserFolder(), instance);
+                        claimFolderIn(userFolder(), instance) || claimUniqueFolder(instance);
     logLine(u"TMPFOLDER           : %@", workFolder());
     return isMade;
 }

@@ -25,7 +25,11 @@ private Q_SLOTS:
         const QString old = places.file(m_user + u"/desktop/old/frame.yuv"_s);
         const QString dead = places.file(m_user + u"/cli-0123abcd/frame.yuv"_s);
         const QString foreign = places.file(m_user + u"/cli-notes/keep.txt"_s);
+        const QString unique = places.file(u"org.vignar.Vignar-aB3dE9/cli-0123abcd/x"_s);
+        const QString alike = places.file(u"org.vignar.Vignar-letter/keep.txt"_s);
         QVERIFY(setUpWorkFolder(u"desktop"_s));
+        QVERIFY(!QFileInfo::exists(QFileInfo(unique).dir().filePath(u".."_s)));
+        QVERIFY(QFileInfo::exists(alike));
         QVERIFY(QFileInfo(old).dir() != QDir(workFolder()) && old.startsWith(workFolder()));
         QVERIFY(QDir(workFolder()).isEmpty());
         constexpr auto others = QFile::Permissions(0x0077);
