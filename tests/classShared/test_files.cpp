@@ -1,5 +1,7 @@
+#include "classShared/fileNames.h"
 #include "classShared/files.h"
 #include "classShared/sizes.h"
+#include "classShared/standIns.h"
 
 #include <QDir>
 #include <QFile>
@@ -7,6 +9,9 @@
 #include <QStorageInfo>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <filesystem>
+#include <fstream>
 
 #include <unistd.h>
 
@@ -47,6 +52,77 @@ private Q_SLOTS:
         QVERIFY(m_folder->isValid());
         qputenv("HOME", QFile::encodeName(at(u"up/user"_s)));
         QVERIFY(write(at(u"up/user/keep.txt"_s), "keep"));
+    }
+
+    void standInsOpenWhatHasNoName_data()
+    {
+        QTest::addColumn<QByteArray>("name");
+        QTest::addColumn<QString>("shown");
+        QTest::newRow("Latin-1") << QByteArray("caf\xe9.mp4") << u"caf\ufffd.mp4"_s;
+        QTest::newRow("another of the same look")
+            << QByteArray("caf\xe8.mp4") << u"caf\ufffd.mp4"_s;
+        QTest::newRow("folder") << QByteArray("\xe9t\xe9/a.mp4") << u"\ufffdt\ufffd/a.mp4"_s;
+        QTest::newRow("longer than a name when shown")
+            << QByteArray(200, '\xe9') + ".mp4" << QString(200, QChar(0xfffd)) + u".mp4"_s;
+        QTest::newRow("half a pair")
+            << QByteArray("\xed\xa0\x80.mp4") << QString(3, QChar(0xfffd)) + u".mp4"_s;
+    }
+
+    void standInsOpenWhatHasNoName()
+    {
+        QFETCH(QByteArray, name);
+        QFETCH(QString, shown);
+        setStandInFolder(at(u"state/names"_s));
+        const QByteArray path = QFile::encodeName(at(u"raw/"_s)) + name;
+        const auto native = std::filesystem::path(path.toStdString());
+        std::filesystem::create_directories(native.parent_path());
+        std::ofstream(native) << "video";
+        const QString standIn = openablePath(path);
+        QCOMPARE(read(standIn), "video");
+        QVERIFY(standIn.endsWith(u".mp4"_s) && isStandIn(standIn));
+        QCOMPARE(openablePath(path), standIn);
+        QCOMPARE(openablePath(path + "/../" + name.mid(name.lastIndexOf('/') + 1)), standIn);
+        QCOMPARE(openablePath(QFile::encodeName(standIn)), standIn);
+        QCOMPARE(systemPath(standIn), path);
+        QCOMPARE(shownPath(standIn), at(u"raw/"_s + shown));
+        QCOMPARE(followedLink(standIn), standIn);
+        constexpr auto others = QFile::Permissions(0x0077);
+        QVERIFY(!(QFile::permissions(at(u"state/names"_s)) & others));
+        const QByteArray look = path.left(path.lastIndexOf('.')) + "2.mp4";
+        QVERIFY(openablePath(look) != standIn);
+        sweepStandIns({standIn});
+        QVERIFY(isStandIn(standIn));
+        QCOMPARE(QDir(at(u"state/names"_s)).count(), 3U);
+        std::filesystem::create_symlink(native, nativePath(at(u"link.mp4"_s)));
+        QCOMPARE(followedLink(at(u"link.mp4"_s)), standIn);
+        sweepStandIns({});
+        QVERIFY(std::filesystem::exists(native) && !QFile::exists(standIn));
+        QCOMPARE(read(openablePath(path)), "video");
+        // Its own removal does not see such names.
+        std::filesystem::remove_all(nativePath(at(u"raw"_s)));
+    }
+
+    void otherPathsStandForThemselves()
+    {
+        setStandInFolder(at(u"names"_s));
+        const QString file = at(u"été \ufffd.mp4"_s);
+        QVERIFY(write(file, "video"));
+        QCOMPARE(openablePath(QFile::encodeName(file)), file);
+        QVERIFY(!QFileInfo::exists(at(u"names"_s)));
+        const QString alike = at(u"0123456789abcdef/a.mp4"_s);
+        QVERIFY(QDir().mkpath(at(u"0123456789abcdef"_s)) && QFile::link(file, alike));
+        QVERIFY(!isStandIn(alike));
+        QCOMPARE(shownPath(alike), alike);
+        QCOMPARE(systemPath(alike), QFile::encodeName(alike));
+        QCOMPARE(followedLink(alike), QFileInfo(file).canonicalFilePath());
+        QCOMPARE(followedLink(at(u"none"_s)), at(u"none"_s));
+        // A folder of the user's in the same place is none of ours.
+        QVERIFY(write(at(u"names/holidays of 2020/a.mp4"_s), "video"));
+        sweepStandIns({});
+        QVERIFY(QFileInfo::exists(at(u"names/holidays of 2020/a.mp4"_s)));
+        setStandInFolder({});
+        QVERIFY(openablePath("/v/\xe9.mp4").isNull());
+        sweepStandIns({});
     }
 
     // Items that do not exist: a refusal answers false where a removal would answer
