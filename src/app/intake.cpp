@@ -3,8 +3,8 @@
 #include "app/analysisDriver.h"
 #include "app/batchList.h"
 #include "app/outlets.h"
-#include "app/sourceFiles.h"
 #include "classShared/lineLog.h"
+#include "classShared/standIns.h"
 #include "settings/preferences.h"
 #include "settings/stringTables.h"
 
@@ -20,19 +20,18 @@ namespace
 
 QString resolvedAlias(const QString &path)
 {
-    const QFileInfo info(path);
-    if (!info.isSymLink() || !info.exists())
-        return path;
-    const QString target = info.canonicalFilePath();
-    logLine(u"actual str          : %@", path);
-    logLine(u"new    str          : %@", target);
+    const QString target = followedLink(path);
+    if (target != path) {
+        logLine(u"actual str          : %@", path);
+        logLine(u"new    str          : %@", target);
+    }
     return target;
 }
 
 /// The item, or the target of a link, with what is under it where that is a folder.
 struct Item {
     QString path;
-    QStringList entries;
+    FolderEntries entries;
 };
 
 Item openedItem(const QString &dropped)
@@ -40,32 +39,33 @@ Item openedItem(const QString &dropped)
     const QFileInfo info(dropped);
     const bool isPlainFolder = info.isDir() && !info.isSymLink();
     const QString path = isPlainFolder ? dropped : resolvedAlias(dropped);
-    return {path, QFileInfo(path).isDir() ? entriesUnder(path) : QStringList()};
+    return {path, QFileInfo(path).isDir() ? entriesUnder(path) : FolderEntries()};
 }
 
 } // namespace
 
-QStringList withFolderContents(const QStringList &dropped)
+FolderEntries withFolderContents(const QStringList &dropped)
 {
-    const Item first = openedItem(dropped.constFirst());
-    if (!first.entries.isEmpty())
-        return first.entries;
-    QStringList paths = dropped;
-    paths.front() = first.path;
-    return paths;
+    Item first = openedItem(dropped.constFirst());
+    if (first.entries.paths.isEmpty()) {
+        first.entries.paths = dropped;
+        first.entries.paths.front() = first.path;
+    }
+    return first.entries;
 }
 
-QStringList withContentsOfFolders(const QStringList &dropped)
+FolderEntries withContentsOfFolders(const QStringList &dropped)
 {
-    QStringList paths;
+    FolderEntries all;
     for (const QString &each : dropped) {
         const Item item = openedItem(each);
-        if (item.entries.isEmpty())
-            paths.append(item.path);
+        all.unread += item.entries.unread;
+        if (item.entries.paths.isEmpty())
+            all.paths.append(item.path);
         else
-            paths.append(item.entries);
+            all.paths.append(item.entries.paths);
     }
-    return paths;
+    return all;
 }
 
 Intake::Intake(Outlets &outlets, const BatchList &batch, AnalysisDriver &analysis, QObject *parent)
@@ -106,9 +106,11 @@ QStringList Intake::droppedItems() const
 
 Intake::Admission Intake::admit(const Drop &drop, const KnownSources &known)
 {
-    const QStringList paths = drop.folders == FoldersTaken::all ? withContentsOfFolders(drop.paths)
-                                                                : withFolderContents(drop.paths);
+    FolderEntries found = drop.folders == FoldersTaken::all ? withContentsOfFolders(drop.paths)
+                                                            : withFolderContents(drop.paths);
+    const QStringList &paths = found.paths;
     Admission admission;
+    admission.unread = std::move(found.unread);
     QSet<QString> met;
     met.reserve(paths.size());
     for (qsizetype index = 0; index < paths.size(); ++index) {
@@ -150,13 +152,17 @@ void Intake::searchNext()
 
 void Intake::taken(const Admission &admission)
 {
+    for (const UnreadEntry &unread : admission.unread) {
+        logLine(u"not read            : %@ : %@", unread.path, unread.reason);
+        m_outlets.sourceRefused(unread.path, unread.reason);
+    }
     if (!admission.sources.isEmpty()) {
         logLine(u"drag'n'drop, final  = %lu", admission.sources.size());
         m_analysis.take(admission.sources);
         return;
     }
     logLine(u"no compatible file (or no new files ;-))");
-    if (admission.fresh > 0)
+    if (admission.fresh > 0 && admission.unread.isEmpty())
         m_outlets.showSheetNotice(localised(u"dndNonCompliantFolderFilesTitle"_s),
                                   localised(u"D_go_source3"_s));
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/sourceFiles.h"
 #include "tasks/backgroundRun.h"
 
 #include <QObject>
@@ -23,10 +24,10 @@ enum class FoldersTaken {
 
 /// The dropped list with a folder in first place (links resolved) replaced by what is
 /// under it; a folder with nothing under it leaves the list as it is.
-QStringList withFolderContents(const QStringList &dropped);
+FolderEntries withFolderContents(const QStringList &dropped);
 
 /// The dropped list with each folder (links resolved) replaced by what is under it.
-QStringList withContentsOfFolders(const QStringList &dropped);
+FolderEntries withContentsOfFolders(const QStringList &dropped);
 
 /// Turns dropped or opened items into pending sources for the analysis.
 ///
@@ -69,6 +70,7 @@ private:
         qsizetype fresh = 0;
         /// Of these, those that may be videos.
         QStringList sources;
+        QList<UnreadEntry> unread;
     };
 
     static Admission admit(const Drop &drop, const KnownSources &known);

@@ -4,6 +4,7 @@
 #include "classShared/dates.h"
 #include "classShared/durations.h"
 #include "classShared/paths.h"
+#include "classShared/standIns.h"
 #include "settings/applicationPlaces.h"
 #include "settings/preferenceRanges.h"
 #include "sheet/plannedSource.h"
@@ -37,7 +38,7 @@ QString harmless(QString text)
 
 QString sourceTitle(const QString &srcPath)
 {
-    const QString title = fichier_nom(bundleOrSource(srcPath));
+    const QString title = fichier_nom(bundleOrSource(shownPath(srcPath)));
     return title.isEmpty() ? u"sheet"_s : title;
 }
 
@@ -62,7 +63,7 @@ QString fieldText(const QString &field, const SourceDico &source, const QString 
     if (field == "codec"_L1)
         return read(source, Keys::v_codec, 0).value_or(QString());
     if (field == "folder"_L1)
-        return QFileInfo(bundleOrSource(path)).dir().dirName();
+        return QFileInfo(bundleOrSource(shownPath(path))).dir().dirName();
     return u'{' + field + u'}';
 }
 

@@ -1,6 +1,7 @@
 #include "cli/commandLine.h"
 
 #include "classShared/sourceDico.h"
+#include "cli/argumentBytes.h"
 #include "settings/preferenceKeys.h"
 #include "settings/preferenceRanges.h"
 
@@ -296,6 +297,9 @@ QString takeOptions(CommandLine &line, const QCommandLineParser &parser, const Q
         const QStringList values =
             row.valueName.isEmpty() ? QStringList{QString()} : parser.values(name);
         for (const QString &value : values) {
+            if (!isPlainText(value))
+                return u"--%1: '%2' is not valid UTF-8"_s.arg(
+                    name, QString::fromUtf8(argumentBytes(value)));
             if (const QString fault = row.take(line, value); !fault.isNull())
                 return u"--%1: %2"_s.arg(name, fault);
         }

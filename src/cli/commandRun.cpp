@@ -45,6 +45,7 @@ int runSources(const CommandLine &line, ProgressLine &progress, const JobsPlan &
     Results results(line, progress, arguments.files);
     for (const RefusedArgument &refused : arguments.refused)
         results.refused(results.positionOf(refused.source), refused.source, refused.reason);
+    results.unread(arguments.unread);
     bool isInterrupted = false;
     if (line.command == Command::sheet && screen.isDestinationMissing())
         failAll(screen, arguments.files,

@@ -3,6 +3,7 @@
 #include "app/sheetDestination.h"
 #include "classShared/format.h"
 #include "classShared/paths.h"
+#include "classShared/standIns.h"
 #include "cli/jsonLines.h"
 #include "cli/recordText.h"
 #include "settings/preferences.h"
@@ -70,6 +71,7 @@ QString CommandScreen::analysisResult(SourceDico record) const
 {
     // The poster is a scratch file that is gone when the reader sees this.
     remove(record, Keys::imgPathStr);
+    write(record, Keys::srcPathStr, shownPath(readStr(record, Keys::srcPathStr)));
     return m_line.isJson ? analysedJson(record) : recordText(record);
 }
 

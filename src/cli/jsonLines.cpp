@@ -2,6 +2,7 @@
 
 #include "app/storedRecord.h"
 #include "classShared/printable.h"
+#include "classShared/standIns.h"
 #include "cli/commandLine.h"
 
 #include <QJsonArray>
@@ -58,9 +59,17 @@ QJsonValue orNull(int number)
     return number > 0 ? QJsonValue(number) : QJsonValue();
 }
 
+QJsonArray shownArguments(const QStringList &arguments)
+{
+    QJsonArray shown;
+    for (const QString &argument : arguments)
+        shown.append(shownPath(argument));
+    return shown;
+}
+
 QString sheetLine(const SheetOutcome &outcome, const QString &status)
 {
-    QJsonObject object{{u"source"_s, outcome.source},
+    QJsonObject object{{u"source"_s, shownPath(outcome.source)},
                        {u"status"_s, status},
                        {u"reason"_s, orNull(outcome.reason)},
                        {u"sheet"_s, orNull(outcome.sheet)},
@@ -105,7 +114,7 @@ QString analysedJson(const SourceDico &record)
 
 QString refusedAnalysisJson(const QString &source, const QString &reason)
 {
-    return line({{u"source"_s, source},
+    return line({{u"source"_s, shownPath(source)},
                  {u"status"_s, u"refused"_s},
                  {u"reason"_s, reason},
                  {u"record"_s, QJsonValue()}});
@@ -122,9 +131,8 @@ QString planJson(const PlannedSource &planned)
     const Dico &arguments = plan.grabberPasses.isEmpty() ? plan.ffmpegPasses : plan.grabberPasses;
     QJsonArray passes;
     for (int index = 0; index < arguments.size(); ++index)
-        passes.append(
-            QJsonArray::fromStringList(arguments.value(QString::number(index)).toStringList()));
-    return line({{u"source"_s, planned.source},
+        passes.append(shownArguments(arguments.value(QString::number(index)).toStringList()));
+    return line({{u"source"_s, shownPath(planned.source)},
                  {u"status"_s, isRefused ? u"refused"_s : u"planned"_s},
                  {u"reason"_s, orNull(planned.reason)},
                  {u"layout"_s, layoutName(planned.layout)},

@@ -1,4 +1,6 @@
 #include "classShared/lineLog.h"
+#include "classShared/standIns.h"
+#include "cli/argumentBytes.h"
 #include "cli/commandLine.h"
 #include "cli/commandRun.h"
 #include "cli/results.h"
@@ -30,7 +32,7 @@ QStringList argumentsAfterProgram(int argc, char **argv)
 {
     QStringList arguments;
     for (int index = 1; index < argc; ++index)
-        arguments.append(QString::fromLocal8Bit(argv[index]));
+        arguments.append(argumentText(argv[index]));
     return arguments;
 }
 
@@ -176,6 +178,7 @@ int main(int argc, char **argv)
         return someFailed;
     }
     lendRuntimeFolder();
+    setStandInFolder(workFolder() + u"/names"_s);
     const int status = runApplication(argv[0], *line, typed);
     removeWorkFolder();
     return status;

@@ -3,6 +3,7 @@
 #include "classShared/durations.h"
 #include "classShared/format.h"
 #include "classShared/printable.h"
+#include "classShared/standIns.h"
 #include "cli/commandLine.h"
 
 #include <QRegularExpression>
@@ -172,7 +173,7 @@ QString recordText(const SourceDico &record)
 QString planText(const PlannedSource &planned)
 {
     const ThumbnailPlan &thumbnails = planned.plan.thumbnails;
-    QStringList lines{printable(planned.source),
+    QStringList lines{printable(shownPath(planned.source)),
                       u"  %1 thumbnails of %2x%3 pixels, layout %4 (%5 columns), every %6 s"_s
                           .arg(thumbnails.count)
                           .arg(thumbnails.size.width())

@@ -4,6 +4,7 @@
 #include "app/rowChoices.h"
 #include "classShared/format.h"
 #include "classShared/printable.h"
+#include "classShared/standIns.h"
 #include "cli/recordText.h"
 #include "cli/terminal.h"
 #include "settings/stringTables.h"
@@ -64,6 +65,16 @@ void Results::refused(size_t position, const QString &source, const QString &rea
     }
 }
 
+void Results::unread(const QList<UnreadEntry> &entries)
+{
+    constexpr qsizetype mostNamed = 20;
+    for (const UnreadEntry &entry : entries.first(std::min(mostNamed, entries.size())))
+        complain(entry.path, entry.reason);
+    if (entries.size() > mostNamed)
+        m_progress.print(u"vignar-cli: "_s +
+                         filled(localised(u"V_tally_more"_s), entries.size() - mostNamed));
+}
+
 void Results::planned(size_t position, const PlannedSource &planned)
 {
     const ThumbnailPlan &thumbnails = planned.plan.thumbnails;
@@ -120,7 +131,7 @@ void Results::tell(const SheetOutcome &outcome)
 
 void Results::note(const QString &source, const QString &text)
 {
-    m_progress.print(u"vignar-cli: %1: %2"_s.arg(source, text));
+    m_progress.print(u"vignar-cli: %1: %2"_s.arg(shownPath(source), text));
 }
 
 void Results::complain(const QString &source, const QString &reason)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/outlets.h"
+#include "app/sourceFiles.h"
 #include "cli/commandScreen.h"
 #include "cli/jsonLines.h"
 
@@ -34,6 +35,9 @@ public:
     void finished(size_t position, const SheetOutcome &outcome);
     void planned(size_t position, const PlannedSource &planned);
     void printed(size_t position, const QString &text);
+    /// Names what could not be searched; of many the first ones.
+    void unread(const QList<UnreadEntry> &entries);
+
     /// Nothing is printed of it.
     void leftOut(size_t position);
 

@@ -1,9 +1,11 @@
 #include "cli/sourceArguments.h"
 
-#include "app/sourceFiles.h"
+#include "classShared/result.h"
+#include "classShared/standIns.h"
+#include "cli/argumentBytes.h"
 #include "settings/stringTables.h"
 
-#include <QDir>
+#include <QFile>
 #include <QFileInfo>
 
 namespace vignar
@@ -14,14 +16,37 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-QStringList videosUnder(const QString &folder)
+/// The folder's videos, or why it has none; what lies under it and cannot be read is added.
+Result<QStringList> videosUnder(const QString &folder, QList<UnreadEntry> &unread)
 {
+    const FolderEntries entries = entriesUnder(folder);
     QStringList videos;
-    for (const QString &entry : entriesUnder(folder)) {
+    for (const QString &entry : entries.paths) {
         if (hasAdmittedExtension(entry) && QFileInfo(entry).isFile())
             videos.append(entry);
     }
+    const QString shown = shownPath(folder);
+    for (const UnreadEntry &each : entries.unread) {
+        if (videos.isEmpty() && each.path == shown)
+            return Failure{each.reason};
+    }
+    unread += entries.unread;
+    if (videos.isEmpty())
+        return Failure{localised(u"V_reason_empty"_s)};
     return videos;
+}
+
+/// The files that an argument stands for, or why it stands for none.
+Result<QStringList> filesOf(const QString &path, QList<UnreadEntry> &unread)
+{
+    const QFileInfo info(path);
+    if (!info.exists())
+        return Failure{localised(u"V_reason_missing"_s)};
+    if (info.isDir())
+        return videosUnder(path, unread);
+    if (!info.isFile() || !hasAdmittedExtension(path))
+        return Failure{localised(u"V_reason_notVideo"_s)};
+    return QStringList{path};
 }
 
 } // namespace
@@ -30,26 +55,23 @@ SourceArguments expandSources(const QStringList &arguments)
 {
     SourceArguments result;
     for (const QString &argument : arguments) {
-        QFileInfo info(argument);
-        QString path = QDir::cleanPath(info.absoluteFilePath());
-        if (!info.exists()) {
-            result.refused.append({path, localised(u"V_reason_missing"_s)});
+        const QByteArray bytes = argumentBytes(argument);
+        const QString path = followedLink(openablePath(bytes));
+        if (path.isNull()) {
+            const QString reason = bytes.isEmpty() ? u"V_reason_missing"_s : u"V_reason_name"_s;
+            result.refused.append({QFile::decodeName(bytes), localised(reason)});
             continue;
         }
-        if (info.isSymLink())
-            info.setFile(path = info.canonicalFilePath());
-        const QStringList files = info.isDir() ? videosUnder(path) : QStringList{path};
-        if (files.isEmpty())
-            result.refused.append({path, localised(u"V_reason_empty"_s)});
-        else if (!info.isDir() && !(info.isFile() && hasAdmittedExtension(path)))
-            result.refused.append({path, localised(u"V_reason_notVideo"_s)});
+        const Result<QStringList> files = filesOf(path, result.unread);
+        if (files)
+            result.files += *files;
         else
-            result.files += files;
+            result.refused.append({shownPath(path), files.reason()});
     }
     // The intake follows a link that it is given first; whoever counts the sources has to
     // know them by the same names.
-    if (!result.files.isEmpty() && QFileInfo(result.files.first()).isSymLink())
-        result.files.first() = QFileInfo(result.files.first()).canonicalFilePath();
+    if (!result.files.isEmpty())
+        result.files.first() = followedLink(result.files.first());
     result.files.removeDuplicates();
     return result;
 }

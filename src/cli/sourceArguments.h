@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/sourceFiles.h"
+
 #include <QList>
 #include <QStringList>
 
@@ -17,8 +19,11 @@ struct RefusedArgument {
 struct SourceArguments {
     QStringList files;
     QList<RefusedArgument> refused;
+    /// What lies under the folders and could not be searched.
+    QList<UnreadEntry> unread;
 };
 
+/// Takes arguments in the form of argumentText().
 SourceArguments expandSources(const QStringList &arguments);
 
 } // namespace vignar

@@ -1,6 +1,7 @@
 #include "shell/batchModel.h"
 
 #include "app/batchList.h"
+#include "classShared/standIns.h"
 #include "settings/stringTables.h"
 #include "shell/choiceRow.h"
 
@@ -89,6 +90,14 @@ void BatchModel::rowAdded(int index)
         m_missing.insert(source);
     if (const QString folder = folderOf(source); QFileInfo(folder).isDir())
         m_folders.addPath(folder);
+}
+
+QStringList BatchModel::sources() const
+{
+    QStringList sources;
+    for (int row = 0; row < m_count; ++row)
+        sources.append(m_batch.sourcePath(row));
+    return sources;
 }
 
 void BatchModel::rowChanged(int index)
@@ -195,7 +204,7 @@ QVariant BatchModel::data(const QModelIndex &index, int role) const
     case Qt::DecorationRole:
         return entry.value(RowKeys::img);
     case Qt::ToolTipRole: {
-        QStringList lines{source, fate(source).reason};
+        QStringList lines{shownPath(source), fate(source).reason};
         if (isOutdated(row))
             lines << localised(u"V_row_outdated_reason"_s);
         lines.removeAll(QString());

@@ -61,6 +61,9 @@ public:
 
     explicit BatchModel(BatchList &batch, QObject *parent = nullptr);
 
+    /// The paths of the sources, in their order.
+    QStringList sources() const;
+
     int rowCount(const QModelIndex &parent = {}) const override;
     QVariant data(const QModelIndex &index, int role) const override;
 

@@ -2,6 +2,7 @@
 
 #include "classShared/format.h"
 #include "classShared/lineLog.h"
+#include "classShared/standIns.h"
 #include "settings/preferences.h"
 #include "settings/stringTables.h"
 #include "shell/noticeBar.h"
@@ -38,6 +39,7 @@ void DesktopSession::start(const QStringList &paths)
 {
     // The list first: the drawer that it opens is part of the window's place.
     restore();
+    sweepStandIns(m_application.unfinishedSources() + m_model.sources() + paths);
     restoreWindow();
     m_window.show();
     if (!paths.isEmpty())

@@ -1,10 +1,12 @@
 #include "shell/dropArea.h"
 
+#include "classShared/standIns.h"
 #include "settings/stringTables.h"
 #include "shell/colours.h"
 #include "shell/icons.h"
 
 #include <QDragEnterEvent>
+#include <QFile>
 #include <QKeyEvent>
 #include <QMimeData>
 #include <QPainter>
@@ -27,15 +29,25 @@ constexpr int turnStep = 24;
 
 } // namespace
 
-QStringList localPaths(const QMimeData &data)
+QStringList localPaths(const QList<QUrl> &urls)
 {
     QStringList paths;
-    const QList<QUrl> urls = data.urls();
     for (const QUrl &url : urls) {
-        if (url.isLocalFile())
-            paths.append(url.toLocalFile());
+        if (!url.isLocalFile())
+            continue;
+        const QByteArray bytes =
+            QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1());
+        const bool isPlain = QFile::encodeName(QFile::decodeName(bytes)) == bytes;
+        const QString path = isPlain ? url.toLocalFile() : openablePath(bytes);
+        if (!path.isNull())
+            paths.append(path);
     }
     return paths;
+}
+
+QStringList localPaths(const QMimeData &data)
+{
+    return localPaths(data.urls());
 }
 
 DropArea::DropArea(QWidget *parent) : QAbstractButton(parent), m_stop(new QToolButton(this))

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <QAbstractButton>
+#include <QList>
 #include <QTimer>
+#include <QUrl>
 
 class QMimeData;
 class QToolButton;
@@ -11,6 +13,8 @@ namespace vignar
 
 /// The paths of the local files and folders in a drag, in its order.
 QStringList localPaths(const QMimeData &data);
+/// Names that are not UTF-8 get their stand-ins.
+QStringList localPaths(const QList<QUrl> &urls);
 
 /// The large area that receives files and folders. A click, Enter or the space bar asks
 /// for the open panel.

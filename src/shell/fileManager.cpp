@@ -1,16 +1,19 @@
 #include "shell/fileManager.h"
 
 #include "classShared/lineLog.h"
+#include "classShared/standIns.h"
 #include "settings/applicationPlaces.h"
 #include "shell/platform/dbusCall.h"
 
 #include <QCoreApplication>
 #include <QDesktopServices>
+#include <QFile>
 #include <QFileInfo>
 #include <QUrl>
 
 #include <gio/gio.h>
 
+#include <algorithm>
 #include <memory>
 
 namespace vignar
@@ -63,27 +66,35 @@ DesktopProgram folderProgram()
     return chosen;
 }
 
-bool openInFolderProgram(const QString &folder)
+/// The address of a file in the bytes of its name, which need not be text.
+QByteArray addressOf(const QByteArray &path)
+{
+    return "file://" + path.toPercentEncoding("/");
+}
+
+bool openInFolderProgram(const QByteArray &folder)
 {
     const DesktopProgram program = folderProgram();
     if (!program) {
-        logLine(u"openFolder          :-( no program for folders ('%@')", folder);
+        logLine(u"openFolder          :-( no program for folders ('%@')",
+                QFile::decodeName(folder));
         return false;
     }
-    QByteArray url = QUrl::fromLocalFile(folder).toEncoded();
+    QByteArray url = addressOf(folder);
     GList urls{url.data(), nullptr, nullptr};
     GError *error = nullptr;
     if (g_app_info_launch_uris(program.get(), &urls, nullptr, &error))
         return true;
-    logLine(u"openFolder          :-( '%@' : %@", folder, QString::fromUtf8(error->message));
+    logLine(u"openFolder          :-( '%@' : %@", QFile::decodeName(folder),
+            QString::fromUtf8(error->message));
     g_error_free(error);
     return false;
 }
 
-void ask(const QString &method, const QString &path, const QString &folder, QObject *context,
+void ask(const QString &method, const QByteArray &path, const QByteArray &folder, QObject *context,
          const ShownHandler &done)
 {
-    const QString url = QUrl::fromLocalFile(path).toString(QUrl::FullyEncoded);
+    const QString url = QString::fromLatin1(addressOf(path));
     const QDBusMessage call = fileManager().call(method, {QStringList{url}, QString()});
     callThen(QDBusConnection::sessionBus(), call, context,
              [folder, done](const QDBusMessage &reply) {
@@ -108,18 +119,19 @@ bool openFile(const QString &path)
 void openFolder(const QString &folder, QObject *context, const ShownHandler &done)
 {
     if (QFileInfo(folder).isDir())
-        ask(u"ShowFolders"_s, folder, folder, context, done);
+        ask(u"ShowFolders"_s, systemPath(folder), systemPath(folder), context, done);
     else if (done)
         done(false);
 }
 
 void showInFileManager(const QString &path, QObject *context, const ShownHandler &done)
 {
-    const QString folder = QFileInfo(path).path();
+    const QByteArray file = systemPath(path);
+    const QByteArray folder = file.left(std::max<qsizetype>(1, file.lastIndexOf('/')));
     if (QFileInfo::exists(path))
-        ask(u"ShowItems"_s, path, folder, context, done);
+        ask(u"ShowItems"_s, file, folder, context, done);
     else
-        openFolder(folder, context, done);
+        openFolder(QFile::decodeName(folder), context, done);
 }
 
 } // namespace vignar

@@ -1,5 +1,6 @@
 #include "app/signalWatcher.h"
 #include "classShared/lineLog.h"
+#include "classShared/standIns.h"
 #include "settings/applicationPlaces.h"
 #include "settings/logFiles.h"
 #include "settings/preferenceFile.h"
@@ -50,13 +51,16 @@ void speakInterfaceLanguage(QApplication &application)
         QApplication::setLayoutDirection(Qt::RightToLeft);
 }
 
-/// Paths as the desktop or a shell hands them over; options are the toolkit's.
-QStringList pathsOf(const QStringList &arguments)
+/// Paths as the desktop or a shell hands them over, in their own bytes; options are the
+/// toolkit's.
+QStringList pathsOf(int argc, char **argv)
 {
     QStringList paths;
-    for (const QString &argument : arguments.mid(1)) {
-        if (!argument.startsWith(u'-'))
-            paths.append(QDir::current().absoluteFilePath(argument));
+    for (int index = 1; index < argc; ++index) {
+        const QByteArray argument(argv[index]);
+        if (const QString path = openablePath(argument);
+            !argument.startsWith('-') && !path.isNull())
+            paths.append(path);
     }
     return paths;
 }
@@ -127,7 +131,8 @@ int main(int argc, char **argv)
     QApplication::setApplicationDisplayName(QString(bundleName));
     QApplication::setApplicationVersion(QStringLiteral(VIGNAR_VERSION));
     QApplication::setDesktopFileName(QString(bundleIdentifier));
-    const QStringList paths = pathsOf(QApplication::arguments());
+    setStandInFolder(applicationPlaces().stateFolder() + u"/names"_s);
+    const QStringList paths = pathsOf(argc, argv);
     SingleInstance instance{QString(bundleIdentifier)};
     const auto role = instance.claim({paths, startupToken});
     if (role == SingleInstance::Role::later)

@@ -2,10 +2,13 @@
 
 #include "app/sourceFiles.h"
 #include "classShared/paths.h"
+#include "classShared/standIns.h"
 #include "settings/stringTables.h"
+#include "shell/dropArea.h"
 
 #include <QFileDialog>
 #include <QStandardPaths>
+#include <QUrl>
 
 namespace vignar
 {
@@ -47,21 +50,23 @@ QString sourceFilter()
 
 QStringList chooseSources(QWidget &window)
 {
-    const QStringList paths = QFileDialog::getOpenFileNames(
-        &window, localised(u"menuOpen"_s), existingFolder(lastFolder()), sourceFilter());
+    const QList<QUrl> urls = QFileDialog::getOpenFileUrls(
+        &window, localised(u"menuOpen"_s), QUrl::fromLocalFile(existingFolder(lastFolder())),
+        sourceFilter());
+    const QStringList paths = localPaths(urls);
     if (!paths.isEmpty())
-        lastFolder() = QFileInfo(paths.first()).path();
+        lastFolder() = QFileInfo(shownPath(paths.first())).path();
     return paths;
 }
 
 QStringList chooseSourceFolder(QWidget &window)
 {
-    const QString folder = QFileDialog::getExistingDirectory(&window, localised(u"menuOpen"_s),
-                                                             existingFolder(lastFolder()));
-    if (folder.isEmpty())
-        return {};
-    lastFolder() = folder;
-    return {folder};
+    const QUrl url = QFileDialog::getExistingDirectoryUrl(
+        &window, localised(u"menuOpen"_s), QUrl::fromLocalFile(existingFolder(lastFolder())));
+    const QStringList paths = localPaths({url});
+    if (!paths.isEmpty())
+        lastFolder() = shownPath(paths.first());
+    return paths;
 }
 
 } // namespace vignar

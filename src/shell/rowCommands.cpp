@@ -49,14 +49,6 @@ QString RowCommands::value(int role) const
                               : m_session.model().index(selected.first()).data(role).toString();
 }
 
-QStringList RowCommands::allSources() const
-{
-    QStringList sources;
-    for (int row = 0; row < m_session.model().rowCount(); ++row)
-        sources.append(m_session.model().index(row).data(BatchModel::pathRole).toString());
-    return sources;
-}
-
 bool RowCommands::isAnyWaiting() const
 {
     const QList<int> selected = rows();
@@ -101,7 +93,7 @@ void RowCommands::show()
 void RowCommands::showLog()
 {
     const QString source = value(BatchModel::pathRole);
-    QStringList others = allSources();
+    QStringList others = m_session.model().sources();
     others.removeAll(source);
     showSourceLog(source, others, &m_session.window());
 }

@@ -19,7 +19,6 @@ private:
     QList<int> rows() const;
     /// Of the first selected row.
     QString value(int role) const;
-    QStringList allSources() const;
     bool isAnyWaiting() const;
 
     void update();

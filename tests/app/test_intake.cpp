@@ -1,6 +1,7 @@
 #include "app/appDelegate.h"
 #include "app/sourceFiles.h"
 #include "app/sourceQueue.h"
+#include "classShared/standIns.h"
 #include "settings/preferenceStore.h"
 #include "settings/preferences.h"
 #include "support/recordingOutlets.h"
@@ -10,6 +11,9 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <filesystem>
+#include <fstream>
 
 using namespace vignar;
 using namespace Qt::StringLiterals;
@@ -46,12 +50,15 @@ private Q_SLOTS:
     void initTestCase();
     void init();
     void cleanup() { m_application.reset(); }
+    void cleanupTestCase();
 
     void admitsThreeSpellings_data();
     void admitsThreeSpellings();
     void dropsAreSearched_data();
     void dropsAreSearched();
     void firstFolderReplacesTheRest();
+    void namesThatAreNotUtf8AreTakenOnce();
+    void whatCannotBeReadIsTold();
     void rowsAreLeftOut();
     void nothingAdmittedTellsWhy();
     void laterDropsComeLater();
@@ -110,6 +117,12 @@ void TestIntake::init()
     setSharedPreferenceStore(std::make_unique<MemoryPreferenceStore>());
     m_outlets = std::make_unique<RecordingOutlets>();
     m_application = std::make_unique<appDelegate>(*m_outlets);
+}
+
+void TestIntake::cleanupTestCase()
+{
+    // The folder's own removal does not see names that are not UTF-8.
+    std::filesystem::remove_all(m_places->folder.path().toStdString());
 }
 
 QStringList TestIntake::taken() const
@@ -185,9 +198,45 @@ void TestIntake::firstFolderReplacesTheRest()
     m_application->draggedFiles(in({u"two"_s, u"other.mp4"_s, u"one"_s}));
     QTRY_VERIFY(!m_application->isTakingSources());
     QCOMPARE(taken(), QStringList{in(u"two/z.mp4"_s)});
-    QCOMPARE(withFolderContents(in({u"empty"_s, u"one"_s})), in({u"empty"_s, u"one"_s}));
-    QCOMPARE(withFolderContents(in({u"link.mp4"_s, u"link.mp4"_s})),
+    QCOMPARE(withFolderContents(in({u"empty"_s, u"one"_s})).paths, in({u"empty"_s, u"one"_s}));
+    QCOMPARE(withFolderContents(in({u"link.mp4"_s, u"link.mp4"_s})).paths,
              in({u"other.mp4"_s, u"link.mp4"_s}));
+}
+
+void TestIntake::namesThatAreNotUtf8AreTakenOnce()
+{
+    setStandInFolder(in(u".names"_s));
+    const QByteArray folder = QFile::encodeName(in(u"raw/"_s)) + "\xe9t";
+    const auto native = std::filesystem::path(folder.toStdString());
+    std::filesystem::create_directories(native);
+    for (const char *name : {"b.mp4", "a\xe9.mp4", "a\xe8.mp4", "a\xe9.txt"})
+        std::ofstream(native / name) << "video";
+    const QString dropped = openablePath(folder);
+    QVERIFY(isStandIn(dropped));
+    m_application->draggedFiles({dropped, openablePath(folder + "/b.mp4"), dropped},
+                                FoldersTaken::all);
+    QTRY_VERIFY(!m_application->isTakingSources());
+    QStringList shown;
+    for (const QString &path : taken()) {
+        QVERIFY(QFile::exists(path));
+        shown.append(shownPath(path));
+    }
+    const QString readable = in(u"raw/\ufffdt/"_s);
+    QCOMPARE(shown, (QStringList{readable + u"a\ufffd.mp4"_s, readable + u"a\ufffd.mp4"_s,
+                                 readable + u"b.mp4"_s}));
+}
+
+void TestIntake::whatCannotBeReadIsTold()
+{
+    // A name that needs a stand-in where none can be made.
+    setStandInFolder(in(u"notes.txt/names"_s));
+    const QByteArray folder = QFile::encodeName(in(u"unnamed"_s));
+    std::filesystem::create_directories(folder.toStdString());
+    std::ofstream((folder + "/\xe9.mp4").toStdString()) << "video";
+    m_application->draggedFiles({in(u"unnamed"_s)});
+    QTRY_VERIFY(!m_application->isTakingSources());
+    QCOMPARE(taken(), QStringList{in(u"unnamed/\ufffd.mp4"_s)});
+    QVERIFY(m_outlets->notices.isEmpty());
 }
 
 void TestIntake::rowsAreLeftOut()

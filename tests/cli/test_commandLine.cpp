@@ -1,5 +1,6 @@
 #include "classShared/printable.h"
 #include "classShared/sourceDico.h"
+#include "cli/argumentBytes.h"
 #include "cli/commandLine.h"
 #include "cli/jsonLines.h"
 #include "cli/recordText.h"
@@ -25,6 +26,7 @@ private Q_SLOTS:
     void readsOptions();
     void cutsWhatNamesAreMadeOf();
     void expandsSources();
+    void argumentsKeepTheirBytes();
     void jsonIsExactAndPrintable();
     void recordIsGroupedWithUnits();
 };
@@ -116,13 +118,26 @@ void TestCommandLine::expandsSources()
     const auto at = [&folder](const QString &name) { return folder.filePath(name); };
     const SourceArguments sources =
         expandSources({at(u"in"_s), at(u"in/a.MP4"_s), at(u"in/c.txt"_s), at(u"none"_s),
-                       at(u"gone.mp4"_s), at(u"d.mp4"_s)});
+                       at(u"gone.mp4"_s), u""_s, at(u"d.mp4"_s)});
     QCOMPARE(sources.files,
              (QStringList{at(u"in/a.MP4"_s), at(u"in/deep/b.mkv"_s), at(u"d.mp4"_s)}));
     QStringList refused;
     for (const RefusedArgument &argument : sources.refused)
         refused.append(argument.source);
-    QCOMPARE(refused, (QStringList{at(u"in/c.txt"_s), at(u"none"_s), at(u"gone.mp4"_s)}));
+    QCOMPARE(refused, (QStringList{at(u"in/c.txt"_s), at(u"none"_s), at(u"gone.mp4"_s), u""_s}));
+}
+
+void TestCommandLine::argumentsKeepTheirBytes()
+{
+    for (const char *bytes :
+         {"", "plain", "été 🎬", "caf\xe9", "\xe9", "\xf0\x9f\x8e", "\xed\xb2\x80",
+          "\xc0\x80 \xf0\x9f\x8e\xac\xff\xc3\xa9", "\xef\xbb\xbfx"})
+        QCOMPARE(argumentBytes(argumentText(bytes)), QByteArray(bytes));
+    QCOMPARE(argumentText("été 🎬"), u"été 🎬"_s);
+    QVERIFY(isPlainText(u"été 🎬"_s) && !isPlainText(argumentText("caf\xe9")));
+    const auto line = parseCommandLine(
+        {u"sheet"_s, u"-o"_s, argumentText("/v/\xe9t\xe9"), argumentText("caf\xe9.mp4")});
+    QVERIFY(!line && line.reason().contains(u"'/v/\ufffdt\ufffd' is not valid UTF-8"_s));
 }
 
 void TestCommandLine::jsonIsExactAndPrintable()

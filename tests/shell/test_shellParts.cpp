@@ -1,5 +1,6 @@
 #include "app/batchList.h"
 #include "classShared/format.h"
+#include "classShared/standIns.h"
 #include "settings/preferenceStore.h"
 #include "settings/preferences.h"
 #include "settings/stringTables.h"
@@ -7,8 +8,10 @@
 #include "shell/alertBoxes.h"
 #include "shell/batchDrawer.h"
 #include "shell/batchFile.h"
+#include "shell/batchModel.h"
 #include "shell/choiceRow.h"
 #include "shell/desktopSession.h"
+#include "shell/dropArea.h"
 #include "shell/mainMenu.h"
 #include "shell/noticeBar.h"
 #include "shell/openPanel.h"
@@ -25,6 +28,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMimeData>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
@@ -47,6 +51,7 @@ private Q_SLOTS:
     void savedListKnowsNoLanguage();
     void captionFollowsAnyName();
     void panelsOpenInFoldersThatExist();
+    void droppedNamesKeepTheirBytes();
     void formatTellsWhatIsMade();
     void alertTellsButtonAndCheckBox();
     void tabGoesDownTheWindow();
@@ -185,6 +190,30 @@ void TestShellParts::panelsOpenInFoldersThatExist()
     QCOMPARE(existingFolder(folder.filePath(u"no/such"_s)), folder.path());
     QCOMPARE(existingFolder(folder.path()), folder.path());
     QCOMPARE(existingFolder(u"~/Videos"_s), QDir::homePath());
+}
+
+void TestShellParts::droppedNamesKeepTheirBytes()
+{
+    const QTemporaryDir folder;
+    setStandInFolder(folder.filePath(u"names"_s));
+    QMimeData data;
+    data.setData(u"text/uri-list"_s, "file:///v/%C3%A9t%C3%A9%20%25.mp4\r\nfile:///v/caf%E9.mp4\r\n"
+                                     "https://example.org/a.mp4\r\n");
+    const QStringList paths = localPaths(data);
+    QCOMPARE(paths.size(), 2);
+    QCOMPARE(paths[0], u"/v/été %.mp4"_s);
+    QCOMPARE(systemPath(paths[1]), QByteArray("/v/caf\xe9.mp4"));
+
+    // The row of such a video, and the list that is kept of it.
+    RecordingOutlets outlets;
+    BatchList batch(outlets);
+    BatchModel model(batch);
+    SourceDico record;
+    write(record, Keys::srcPathStr, paths[1]);
+    batch.append(makeBatchEntry(record, 1, mixLayout, 1));
+    QVERIFY(model.index(0).data(Qt::ToolTipRole).toString().contains(u"/v/caf\ufffd.mp4"_s));
+    QCOMPARE(model.index(0).data().toString(), u"caf\ufffd.mp4"_s);
+    QCOMPARE(model.sources(), paths.mid(1));
 }
 
 void TestShellParts::formatTellsWhatIsMade()
