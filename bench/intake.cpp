@@ -75,10 +75,10 @@ void measure(const char *what, const QString &folder, const QString &state)
     const double queueing =
         waitUntil([&] { return !application.analysisDriver().sourceAtHand().isNull(); });
     const double seconds = 1e-3 * double(clock.elapsed());
-    const qsizetype first = application.unfinishedSources().size();
+    QSet<QString> analysed;
     const double analysing = waitUntil([&] {
-        return !application.isTakingSources() ||
-               application.unfinishedSources().size() <= first - analysedCount;
+        analysed.insert(application.analysisDriver().sourceAtHand());
+        return !application.isTakingSources() || analysed.size() > analysedCount;
     });
     std::printf("%-28s %7.2f s %9.1f ms %9.1f ms\n", what, seconds, queueing, analysing);
     application.iba_taskStopBt(RunnerKind::analysis);

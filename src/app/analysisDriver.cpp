@@ -50,9 +50,9 @@ std::span<const Step<AnalysisDriver>> AnalysisDriver::steps()
     return table;
 }
 
-void AnalysisDriver::take(const QStringList &sources)
+void AnalysisDriver::take(const QStringList &sources, const QSet<QString> &sourceSet)
 {
-    m_queue.append(sources);
+    m_queue.append(sources, sourceSet);
     if (!m_isActive) {
         m_isActive = true;
         m_taken = 0;

@@ -59,7 +59,7 @@ public:
 
     /// New sources join the queue, and the analysis begins unless it is under way. They must
     /// not be known.
-    void take(const QStringList &sources);
+    void take(const QStringList &sources, const QSet<QString> &sourceSet);
 
     /// Gives up the source at hand, the one in the making and those that wait now.
     void requestStop();

@@ -123,8 +123,10 @@ Intake::Admission Intake::admit(const Drop &drop, const KnownSources &known)
             continue;
         }
         ++admission.fresh;
-        if (hasAdmittedExtension(path))
-            admission.sources.append(path);
+        if (!hasAdmittedExtension(path))
+            continue;
+        admission.sources.append(path);
+        admission.sourceSet.insert(path);
     }
     return admission;
 }
@@ -158,7 +160,7 @@ void Intake::taken(const Admission &admission)
     }
     if (!admission.sources.isEmpty()) {
         logLine(u"drag'n'drop, final  = %lu", admission.sources.size());
-        m_analysis.take(admission.sources);
+        m_analysis.take(admission.sources, admission.sourceSet);
         return;
     }
     logLine(u"no compatible file (or no new files ;-))");

@@ -4,6 +4,7 @@
 #include "tasks/backgroundRun.h"
 
 #include <QObject>
+#include <QSet>
 #include <QStringList>
 
 namespace vignar
@@ -70,6 +71,7 @@ private:
         qsizetype fresh = 0;
         /// Of these, those that may be videos.
         QStringList sources;
+        QSet<QString> sourceSet;
         QList<UnreadEntry> unread;
     };
 

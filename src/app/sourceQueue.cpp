@@ -23,12 +23,10 @@ Dico dicoOf(const QStringList &paths)
 
 } // namespace
 
-void SourceQueue::append(const QStringList &sources)
+void SourceQueue::append(const QStringList &sources, const QSet<QString> &sourceSet)
 {
-    m_paths += sources;
-    m_set.reserve(m_paths.size());
-    for (const QString &source : sources)
-        m_set.insert(source);
+    m_paths = m_paths.isEmpty() ? sources : m_paths + sources;
+    m_set = m_set.isEmpty() ? sourceSet : m_set.unite(sourceSet);
     m_printed = -1;
     print();
 }

@@ -31,8 +31,9 @@ public:
     const QStringList &paths() const { return m_paths; }
     const QSet<QString> &asSet() const { return m_set; }
 
-    /// The sources must be new to the queue, and each but once among them.
-    void append(const QStringList &sources);
+    /// The sources, and the same as a set, which takes a while to build for many. They must be
+    /// new to the queue, and each but once among them.
+    void append(const QStringList &sources, const QSet<QString> &sourceSet);
     /// The queue must not be empty.
     QString takeFirst();
     void clear();

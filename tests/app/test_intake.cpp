@@ -38,6 +38,11 @@ QStringList numbered(int from, int to)
     return paths;
 }
 
+void append(SourceQueue &queue, const QStringList &sources)
+{
+    queue.append(sources, QSet<QString>(sources.begin(), sources.end()));
+}
+
 } // namespace
 
 /// Where there is no ffmpeg each source that is taken in is refused in its turn, so that the
@@ -293,15 +298,15 @@ void TestIntake::stopForgetsWhatIsSearched()
 void TestIntake::queueIsPrinted()
 {
     SourceQueue queue;
-    queue.append(numbered(0, 12));
-    queue.append(numbered(12, 14));
+    append(queue, numbered(0, 12));
+    append(queue, numbered(12, 14));
     QCOMPARE(printed(), numbered(0, 14));
     QCOMPARE(queue.takeFirst(), u"/v/0.mp4"_s);
     QCOMPARE(printed(), numbered(1, 14));
     queue.clear();
     QVERIFY(queue.isEmpty() && !queue.asSet().contains(u"/v/1.mp4"_s));
     QVERIFY(!prefRead(RunKeys::analysisSrcPathesDico).isValid());
-    queue.append(numbered(3, 4));
+    append(queue, numbered(3, 4));
     QCOMPARE(printed(), numbered(3, 4));
     queue.takeFirst();
     QVERIFY(!prefRead(RunKeys::analysisSrcPathesDico).isValid());
@@ -312,8 +317,8 @@ void TestIntake::longQueueIsPrintedNowAndThen()
 {
     constexpr int count = 6 * int(SourceQueue::shortQueue);
     SourceQueue queue;
-    queue.append(numbered(0, count / 2));
-    queue.append(numbered(count / 2, count));
+    append(queue, numbered(0, count / 2));
+    append(queue, numbered(count / 2, count));
     QTRY_COMPARE(printed(), numbered(0, count));
     for (int next = 0; next < count; ++next) {
         QCOMPARE(queue.takeFirst(), u"/v/%1.mp4"_s.arg(next));
@@ -324,9 +329,9 @@ void TestIntake::longQueueIsPrintedNowAndThen()
         QCOMPARE(stored.mid(stored.size() - queue.size()), queue.paths());
         QVERIFY(queue.size() > SourceQueue::shortQueue || stored.size() == queue.size());
     }
-    queue.append(numbered(0, count));
+    append(queue, numbered(0, count));
     queue.clear();
-    queue.append(numbered(count, 2 * count));
+    append(queue, numbered(count, 2 * count));
     QTRY_VERIFY(!printed().isEmpty());
     QCOMPARE(printed(), numbered(count, 2 * count));
     for (int next = 0; next < count / 2; ++next)
