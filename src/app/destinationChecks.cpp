@@ -54,7 +54,7 @@ struct FoundFile {
     FileIdentity file;
 };
 
-/// Those of the files that are there; a folder is no file that could be replaced.
+/// Those of the files that exist; a folder cannot be replaced and is left out.
 QList<FoundFile> found(const QStringList &paths)
 {
     QList<FoundFile> files;

@@ -30,7 +30,7 @@ struct CommandLine {
     Existing existing = Existing::ask;
     /// Preference values that hold for this run alone.
     Dico settings;
-    /// What the user is told of arguments that were not taken as they stand.
+    /// Notes for the user about arguments that were changed, such as a suffix that was cut.
     QStringList notes;
     /// Sources worked on at once; nothing: as many as suit the machine.
     std::optional<int> jobs;

@@ -155,7 +155,7 @@ int main(int argc, char **argv)
     // Whoever reads the results may leave early; the sheets are still wanted, and so is
     // the cleaning up behind them.
     std::signal(SIGPIPE, SIG_IGN);
-    // A write past the user's limit of file sizes fails, and is told as that.
+    // A write past the user's limit of file sizes is to fail and be reported, not to kill us.
     std::signal(SIGXFSZ, SIG_IGN);
     replaceClosedStreams();
     const QStringList typed = argumentsAfterProgram(argc, argv);

@@ -18,7 +18,7 @@ constexpr int longestReordering = 16;
 
 qint64 ticksOf(double instant, const PictureIndex &index)
 {
-    // A header that lies may tell of times that no clock reaches; two of these still add up.
+    // A false header may give times that no clock reaches; two of these still add up.
     constexpr qint64 farthest = qint64{1} << 61;
     const qint64 ticksASecond = index.ticksASecond();
     if (!(std::abs(instant) * double(ticksASecond) < double(farthest)))

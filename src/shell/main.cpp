@@ -121,7 +121,7 @@ int runSession(SingleInstance &instance, const QStringList &paths)
 
 int main(int argc, char **argv)
 {
-    // A write past the user's limit of file sizes fails, and is told as that.
+    // A write past the user's limit of file sizes is to fail and be reported, not to kill us.
     std::signal(SIGXFSZ, SIG_IGN);
     const QByteArray startupToken = startupTokenFromEnvironment();
     QApplication application(argc, argv);

@@ -37,9 +37,9 @@ bool isRefusedList(const QString &report)
     return refusal.match(report).hasMatch();
 }
 
-/// The number of the signal that ended a run, 0 for none. ffmpeg catches those that ask it to
-/// end, that of too much processor time among them, and tells of it in its last words; one that
-/// does not come to that point ends itself at the fourth, which only that one is sent so often.
+/// The number of the signal that ended a run, 0 for none. ffmpeg catches the signals that ask it
+/// to end, SIGXCPU included, and names the signal at the end of its report. If it does not get
+/// that far it exits at the fourth signal, and only SIGXCPU is sent that often.
 int endingSignal(int status, const QString &report)
 {
     static const QRegularExpression caught(u"^Exiting normally, received signal (\\d+)\\."_s,
