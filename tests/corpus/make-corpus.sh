@@ -201,7 +201,7 @@ echo 'This is no video.' >'bad/text.mp4'
 first_half good/h264.mp4 'bad/no index.mp4'
 head -c 300000 /dev/zero >'bad/zeros.mkv'
 ln -sfn 'nowhere.mp4' 'bad/dangling.mp4'
-cp good/h264.mp4 $'bad/not UTF-8 \xff.mp4'
+cp good/h264.mp4 $'good/not UTF-8 \xff.mp4'
 [ -p 'bad/pipe.mp4' ] || mkfifo 'bad/pipe.mp4'
 ff -f lavfi -i sine=frequency=330 -t 5 -c:a aac 'bad/sound only.mp4'
 ff -f lavfi -i sine=frequency=330 -f lavfi -i color=red:s=64x64 -t 5 -map 0 -map 1 -c:a aac \
